@@ -1,0 +1,84 @@
+#include "platform/AupParamStore.h"
+
+ANDROID_SINGLETON_STATIC_INSTANCE(vessa::AupParamStore)
+
+namespace vessa {
+
+namespace {
+constexpr int kInvalidArgument = -22;
+}
+
+int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t* values,
+                            int count) {
+    if (count < 0 || (count > 0 && values == nullptr)) return kInvalidArgument;
+    android::Mutex::Autolock lock(mLock);
+    Slot& slot = mSlots[Key(device, static_cast<uint32_t>(parameterId))];
+    slot.pending.assign(values, values + count);
+    if (!slot.hasPending) {
+        slot.hasPending = true;
+        mPendingSlots.push_back(&slot);
+    }
+    return 0;
+}
+
+int AupParamStore::commitChange() {
+    android::Mutex::Autolock lock(mLock);
+    for (Slot* slot : mPendingSlots) {
+        // Swapping keeps both buffers' capacity for the next batch.
+        slot->committed.swap(slot->pending);
+        slot->hasCommitted = true;
+        slot->hasPending = false;
+    }
+    mPendingSlots.clear();
+    ++mCommitCount;
+    return 0;
+}
+
+template <typename Visit>
+void AupParamStore::forEachStored(bool committed, Visit visit) const {
+    android::Mutex::Autolock lock(mLock);
+    for (const auto& [key, slot] : mSlots) {
+        if (committed ? slot.hasCommitted : slot.hasPending) {
+            visit(key, committed ? slot.committed : slot.pending);
+        }
+    }
+}
+
+int AupParamStore::getStoredParams(android::KeyedVector<uint32_t, AupParamCache*>* out,
+                                   bool committed, int* count) const {
+    if (out == nullptr || !out->isEmpty()) return kInvalidArgument;
+    uint32_t rank = 0;
+    forEachStored(committed, [&](const Key& key, const std::vector<int32_t>& values) {
+        out->add(rank++, new AupParamCache(key.first, key.second, values));
+    });
+    if (count != nullptr) *count = static_cast<int>(rank);
+    return 0;
+}
+
+void AupParamStore::releaseStoredParams(android::KeyedVector<uint32_t, AupParamCache*>* params) {
+    if (params == nullptr) return;
+    for (size_t i = 0; i < params->size(); ++i) delete params->valueAt(i);
+    params->clear();
+}
+
+std::vector<AupParamCache> AupParamStore::storedParams(bool committed) const {
+    std::vector<AupParamCache> out;
+    forEachStored(committed, [&](const Key& key, const std::vector<int32_t>& values) {
+        out.emplace_back(key.first, key.second, values);
+    });
+    return out;
+}
+
+uint64_t AupParamStore::getCommitCount() const {
+    android::Mutex::Autolock lock(mLock);
+    return mCommitCount;
+}
+
+void AupParamStore::reset() {
+    android::Mutex::Autolock lock(mLock);
+    mSlots.clear();
+    mPendingSlots.clear();
+    mCommitCount = 0;
+}
+
+}  // namespace vessa

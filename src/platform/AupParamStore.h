@@ -1,0 +1,76 @@
+#pragma once
+
+#include <utils/KeyedVector.h>
+#include <utils/Mutex.h>
+#include <utils/Singleton.h>
+
+#include <cstdint>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "platform/AupParamCache.h"
+
+namespace vessa {
+
+// The effect's shared parameter store: the last values per (device, parameter
+// id). Values written by setParam stay pending, invisible to the effect, until
+// commitChange publishes everything pending at once, so a batch is seen whole
+// or not at all. One instance per process; every operation takes the store's
+// lock, so binder threads and the event thread may call it concurrently.
+class AupParamStore : public android::Singleton<AupParamStore> {
+  public:
+    // Stores `count` values for (device, parameterId) as pending; a later write
+    // of the same pair before the commit replaces the earlier one.
+    // 0, or -22 for a negative count or null values with a positive count.
+    int setParam(uint32_t device, int32_t parameterId, const int32_t* values, int count);
+
+    // Publishes every pending value. Always 0.
+    int commitChange();
+
+    // Fills `out` with newly allocated caches, one per stored pair, keyed by
+    // their position 0..n-1 in ascending (device, parameter id) order: a device
+    // and an id do not fit together in one 32-bit key, so the key is the rank
+    // and each cache carries its own device and id. `committed` true lists the
+    // published values; false lists the values pending since the last commit.
+    // `out` must be empty; the caller owns the caches (releaseStoredParams frees
+    // them). `count` (may be null) receives the number of entries.
+    // 0, or -22 when `out` is null or not empty.
+    int getStoredParams(android::KeyedVector<uint32_t, AupParamCache*>* out, bool committed,
+                        int* count) const;
+    // Deletes the caches of a getStoredParams result and empties it.
+    static void releaseStoredParams(android::KeyedVector<uint32_t, AupParamCache*>* params);
+
+    // The same listing by value, sorted by device then parameter id.
+    std::vector<AupParamCache> storedParams(bool committed) const;
+
+    // Number of commitChange calls since start (or since reset).
+    uint64_t getCommitCount() const;
+    // Forgets every value and the commit count (tests and tools).
+    void reset();
+
+  private:
+    friend class android::Singleton<AupParamStore>;
+    AupParamStore() = default;
+
+    using Key = std::pair<uint32_t, uint32_t>;  // (device, parameter id)
+    struct Slot {
+        std::vector<int32_t> committed;
+        std::vector<int32_t> pending;
+        bool hasCommitted = false;
+        bool hasPending = false;
+    };
+
+    // Calls visit(key, values) for each listed slot in key order.
+    template <typename Visit>
+    void forEachStored(bool committed, Visit visit) const;
+
+    mutable android::Mutex mLock;
+    std::map<Key, Slot> mSlots;
+    // Slots written since the last commit; map nodes never move, so the
+    // pointers stay valid, and a commit touches only what changed.
+    std::vector<Slot*> mPendingSlots;
+    uint64_t mCommitCount = 0;
+};
+
+}  // namespace vessa
