@@ -1,0 +1,51 @@
+#include "effect/AupEffect.h"
+
+#include <android/log.h>
+
+#include "platform/AupParamStore.h"
+#include "platform/EffectParamParser.h"
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "AupEffect";
+constexpr int kSendResult = -22;
+}  // namespace
+
+AupEffect::AupEffect(int sessionId, android::String16 name) {}
+
+int AupEffect::send(int command, std::vector<int>& buffer) {
+    sendSharedStore(buffer.data(), static_cast<unsigned int>(buffer.size() * sizeof(int)));
+    return kSendResult;
+}
+
+void AupEffect::sendSharedStore(void* data, unsigned int size) {
+    EffectParamParser parser(data, static_cast<int>(size));
+    if (!parser.validate()) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "%s() Invalid data for setting parameter values.", "sendSharedStore");
+        return;
+    }
+    parser.begin();
+    // The store is looked up for every entry and once more for the end of the
+    // batch; that last look-up is the one that commits.
+    AupParamStore* store = nullptr;
+    for (;;) {
+        const bool hasEntry = parser.next();
+        store = &AupParamStore::getInstance();
+        if (!hasEntry) break;
+        store->setParam(parser.getDevice(), parser.getParameterId(), parser.getValues(),
+                        parser.getCount());
+    }
+    store->commitChange();
+}
+
+int AupEffect::receive(int command, std::vector<int>& out) {
+    return 0;
+}
+
+int AupEffect::setEnabled(bool enabled) {
+    return 0;
+}
+
+}  // namespace vessa
