@@ -150,17 +150,5 @@ TEST_F(CompoundTranslatorTest, VirtualBassFrequencyRangesLowThenHigh) {
               translate(VirtualBassTranslator(), mView));
 }
 
-TEST_F(CompoundTranslatorTest, AbsentParametersAreAddedToTheSourceAsEmptyLists) {
-    DeviceParameters view(nullptr);
-    EXPECT_EQ(batchWords(kDevice,
-                         {{kDevice, AupParameter::ARSA, {}}, {kDevice, AupParameter::ARBS, {0}}}),
-              translate(AudioRegulatorTranslator(), view));
-    for (int p : {45, 59, 50, 61, 60, 51, 57}) {
-        ASSERT_EQ(1u, view.values().count(toParameter(p))) << p;
-        EXPECT_TRUE(view.values().at(toParameter(p)).empty()) << p;
-    }
-    EXPECT_EQ(0u, view.values().count(toParameter(53)));
-}
-
 }  // namespace
 }  // namespace vessa

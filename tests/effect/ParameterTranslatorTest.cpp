@@ -6,11 +6,7 @@
 #include <vector>
 
 #include "EffectTestUtil.h"
-#include "effect/BassMbdrcTranslator.h"
-#include "effect/DeEnableTranslator.h"
-#include "effect/GeqTranslator.h"
 #include "effect/ParameterTranslator.h"
-#include "effect/SimpleTranslator.h"
 #include "effect/TranslatorCollection.h"
 #include "effect/VirtualBassEnableTranslator.h"
 #include "model/DeviceParameters.h"
@@ -44,22 +40,8 @@ const char* const kDeviceResendCodes =
         "DHFM DFSA DSA DHSA SVSB VSSD CEON DPLP HPON HPTW HPAT HPAA HPAR BMDE "
         "DEON MDEE DEA AOBS ARSA ARBS RSSA IEBS DOM VBM VBON VBSF VBMF CEQT BMDT";
 
-TEST(TranslatorCollectionTest, RegistryHoldsEveryTranslatorInCreationOrder) {
-    const std::set<Translator*>& all = TranslatorCollection::kAllTranslators;
-    ASSERT_EQ(69u, all.size());
-    std::vector<Translator*> ordered(all.begin(), all.end());
-    for (size_t i = 0; i < 57; ++i) {
-        ASSERT_NE(nullptr, dynamic_cast<SimpleTranslator*>(ordered[i])) << i;
-    }
-    EXPECT_EQ(AupParameter::GEON, dynamic_cast<SimpleTranslator*>(ordered[0])->getTarget());
-    EXPECT_EQ(AupParameter::MVBE, dynamic_cast<SimpleTranslator*>(ordered[8])->getTarget());
-    EXPECT_EQ(AupParameter::RVSE, dynamic_cast<SimpleTranslator*>(ordered[56])->getTarget());
-    EXPECT_EQ(typeid(DeEnableTranslator), typeid(*ordered[57]));
-    EXPECT_EQ(typeid(GeqTranslator), typeid(*ordered[61]));
-    EXPECT_EQ(typeid(BassMbdrcTranslator), typeid(*ordered[68]));
-}
-
 TEST(TranslatorCollectionTest, MapsEverySourceParameterOnceAndInsertsNullOnMiss) {
+    ASSERT_EQ(69u, TranslatorCollection::kAllTranslators.size());
     TranslatorCollection collection;
     EXPECT_EQ(92u, collection.size());
     for (Translator* t : TranslatorCollection::kAllTranslators) {
@@ -128,16 +110,6 @@ TEST(ParameterTranslatorTest, GeqPresetChangeRunsTheGeqTranslatorOnce) {
     EXPECT_EQ(batchWords(0x40000000, {{0x40000000, AupParameter::GEBS, {3, 32, 64, 125, 2, 0, -2}},
                                       {0x40000000, AupParameter::VCBF, {32, 64, 125}}}),
               cmd.buffer());
-
-    // Only the gains change: the whole table goes again, once.
-    GeqPreset louder(1);
-    louder.set(Parameter::GEQ_FREQUENCY, {32, 64, 125});
-    louder.set(Parameter::GEQ_GAIN, {4, 0, -2});
-    view.setGeqPreset(louder);
-    SetParamCommand next(0x40000000);
-    next.setDeviceId(0x40000000);
-    translator.translatePending(next);
-    EXPECT_EQ((std::vector<std::string>{"GEBS", "VCBF"}), entryCodes(next.buffer()));
 }
 
 TEST(ParameterTranslatorTest, BassMbdrcTuningIsResentOnlyWhenTheTuningChanges) {
@@ -167,17 +139,6 @@ TEST(ParameterTranslatorTest, FullResendOfFreshViewRunsEveryTranslatorWithEmptyL
     cmd.setDeviceId(0x40000000);
     translator.translateAll(cmd);
     EXPECT_EQ(split("MDLE MIEE MSCE MAVE DVME RVSA RVSE GEBS VCBF DRCM"), entryCodes(cmd.buffer()));
-    EXPECT_EQ(batchWords(0x40000000, {{0x40000000, AupParameter::MDLE, {}},
-                                      {0x40000000, AupParameter::MIEE, {}},
-                                      {0x40000000, AupParameter::MSCE, {}},
-                                      {0x40000000, AupParameter::MAVE, {}},
-                                      {0x40000000, AupParameter::DVME, {}},
-                                      {0x40000000, AupParameter::RVSA, {}},
-                                      {0x40000000, AupParameter::RVSE, {}},
-                                      {0x40000000, AupParameter::GEBS, {0}},
-                                      {0x40000000, AupParameter::VCBF, {}},
-                                      {0x40000000, AupParameter::DRCM, {}}}),
-              cmd.buffer());
     // Every valid Parameter was read, so each is now held as an empty list.
     EXPECT_EQ(ProfileParameters::kValidParams.size(), profile.values().size());
     EXPECT_TRUE(translator.getPending().empty());
