@@ -1,0 +1,58 @@
+#include "model/StringUtils.h"
+
+#include <climits>
+
+namespace vessa {
+
+namespace {
+
+// The classic-locale white space that a stream skips before a number.
+bool isStreamSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+}  // namespace
+
+IntRead readInt(const char*& cursor, const char* end, int& value) {
+    const char* p = cursor;
+    while (p != end && isStreamSpace(*p)) ++p;
+    bool negative = false;
+    if (p != end && (*p == '+' || *p == '-')) {
+        negative = *p == '-';
+        ++p;
+    }
+    // INT_MIN's magnitude is one more than INT_MAX's.
+    const long long limit = negative ? -static_cast<long long>(INT_MIN) : INT_MAX;
+    long long magnitude = 0;
+    bool overflow = false;
+    const char* digits = p;
+    for (; p != end && *p >= '0' && *p <= '9'; ++p) {
+        if (!overflow) {
+            magnitude = magnitude * 10 + (*p - '0');
+            overflow = magnitude > limit;
+        }
+    }
+    cursor = p;
+    if (p == digits) {
+        value = 0;
+        return IntRead::NO_NUMBER;
+    }
+    if (overflow) {
+        value = negative ? INT_MIN : INT_MAX;
+        return IntRead::OUT_OF_RANGE;
+    }
+    value = static_cast<int>(negative ? -magnitude : magnitude);
+    return IntRead::IN_RANGE;
+}
+
+void string2IntVector(const std::string& text, std::vector<int>& out) {
+    const char* cursor = text.data();
+    const char* end = cursor + text.size();
+    int value = 0;
+    while (readInt(cursor, end, value) == IntRead::IN_RANGE) {
+        out.push_back(value);
+        if (cursor != end && (*cursor == ',' || *cursor == ' ')) ++cursor;
+    }
+}
+
+}  // namespace vessa
