@@ -55,4 +55,35 @@ void string2IntVector(const std::string& text, std::vector<int>& out) {
     }
 }
 
+void splitString(const std::string& text, const std::string& separator,
+                 std::vector<std::string>& out) {
+    if (separator.empty()) {
+        if (!text.empty()) out.push_back(text);
+        return;
+    }
+    size_t start = 0;
+    for (size_t found = text.find(separator); found != std::string::npos;
+         found = text.find(separator, start)) {
+        out.emplace_back(text, start, found - start);
+        start = found + separator.size();
+    }
+    if (start < text.size()) out.emplace_back(text, start);
+}
+
+bool getStringValues(const std::string& line, std::string& out) {
+    size_t equals = line.find('=');
+    if (equals == std::string::npos) {
+        out.clear();
+        return false;
+    }
+    size_t end = line.size();
+    if (end > equals + 1 && line[end - 1] == ',') --end;
+    out.assign(line, equals + 1, end - equals - 1);
+    return true;
+}
+
+std::string int2String(int value) {
+    return std::to_string(value);
+}
+
 }  // namespace vessa

@@ -23,4 +23,17 @@ IntRead readInt(const char*& cursor, const char* end, int& value);
 // is not a number, including one out of range, which is not appended.
 void string2IntVector(const std::string& text, std::vector<int>& out);
 
+// Splits `text` at every occurrence of `separator`, appending the pieces to `out`.
+// Empty pieces between separators are kept; an empty rest after the last separator
+// is not a piece, so a text ending in a newline gives no empty last line.
+void splitString(const std::string& text, const std::string& separator,
+                 std::vector<std::string>& out);
+
+// The value of a "key=value" dump line: the text after the first '=', less one
+// trailing ','. False, with `out` emptied, for a line that has no '='.
+bool getStringValues(const std::string& line, std::string& out);
+
+// Decimal text of an integer.
+std::string int2String(int value);
+
 }  // namespace vessa
