@@ -1,0 +1,76 @@
+#include "dbus/PqsServer.h"
+
+#include <android/log.h>
+#include <sdbus-c++/Error.h>
+
+#include "dbus/BusConnection.h"
+#include "dbus/PqsNames.h"
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "PqsServer";
+}  // namespace
+
+PqsServer::PqsServer(android::sp<android::IPqs> service) : mService(std::move(service)) {}
+
+PqsServer::~PqsServer() {
+    stop();
+}
+
+bool PqsServer::start(const std::string& bus, std::string* error) {
+    mRequests = BusConnection::open(bus, error);
+    std::unique_ptr<sdbus::IConnection> callbacks = BusConnection::open(bus, error);
+    if (mRequests == nullptr || callbacks == nullptr) {
+        mRequests.reset();
+        return false;
+    }
+    mCallbacks = std::move(callbacks);
+    mWatch = new ClientDeathWatch(*mRequests);
+    if (!mWatch->start(error)) {
+        stop();
+        return false;
+    }
+    try {
+        mAdaptor = std::make_unique<PqsAdaptor>(*mRequests, kPqsObjectPath, mService, mCallbacks,
+                                                mWatch);
+        mRequests->requestName(kPqsServiceName);
+    } catch (const sdbus::Error& e) {
+        *error = std::string("cannot serve ") + kPqsServiceName + " on " +
+                 BusConnection::describe(bus) + ": " + e.getMessage();
+        stop();
+        return false;
+    }
+    // The callback connection's own thread only drains what the bus sends it.
+    mCallbacks->enterEventLoopAsync();
+    mRequests->enterEventLoopAsync();
+    mServing = true;
+    __android_log_print(ANDROID_LOG_INFO, kTag, "serving %s on %s as %s", kPqsServiceName,
+                        BusConnection::describe(bus).c_str(), uniqueName().c_str());
+    return true;
+}
+
+void PqsServer::stop() {
+    if (mRequests != nullptr) {
+        // Joins the bus thread: no request handler runs after this.
+        if (mServing) mRequests->leaveEventLoop();
+        mAdaptor.reset();
+        if (mWatch != nullptr) mWatch->stop();
+        try {
+            if (mServing) mRequests->releaseName(kPqsServiceName);
+        } catch (const sdbus::Error&) {
+            // The bus is gone already; the name went with it.
+        }
+        mRequests.reset();
+    }
+    mServing = false;
+    mService.clear();
+    // Callback proxies the service still holds share this connection.
+    mCallbacks.reset();
+}
+
+std::string PqsServer::uniqueName() const {
+    return mRequests == nullptr ? "" : mRequests->getUniqueName();
+}
+
+}  // namespace vessa

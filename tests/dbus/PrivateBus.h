@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "ChildProcess.h"
+
+namespace vessa::test {
+
+// A dbus-daemon of the test's own, listening on a socket in the test's directory.
+class PrivateBus {
+  public:
+    // Starts the daemon; empty address on failure (the reason is in error()).
+    explicit PrivateBus(const std::string& dir);
+    ~PrivateBus();
+
+    const std::string& address() const { return mAddress; }
+    std::string error() const { return mDaemon.err(); }
+    void stop();
+
+  private:
+    ChildProcess mDaemon;
+    std::string mAddress;
+};
+
+}  // namespace vessa::test

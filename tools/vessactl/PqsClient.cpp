@@ -1,0 +1,132 @@
+#include "PqsClient.h"
+
+#include "dbus/BusConnection.h"
+#include "dbus/PqsNames.h"
+
+namespace vessa {
+
+PqsClient::Service::Service(sdbus::IConnection& connection)
+    : ProxyInterfaces(connection, kPqsServiceName, kPqsObjectPath) {
+    registerProxy();
+}
+
+PqsClient::Service::~Service() {
+    unregisterProxy();
+}
+
+PqsClient::Callbacks::Callbacks(sdbus::IConnection& connection, PqsClient* client)
+    : AdaptorInterfaces(connection, kCallbacksPath), mClient(client) {
+    registerAdaptor();
+}
+
+PqsClient::Callbacks::~Callbacks() {
+    unregisterAdaptor();
+}
+
+void PqsClient::Callbacks::onAupParamUpdate(const std::vector<uint8_t>& data) {
+    mClient->received(data);
+}
+
+PqsClient::PqsClient(std::string bus) : mBus(std::move(bus)) {}
+
+PqsClient::~PqsClient() {
+    try {
+        unregisterClient();
+    } catch (const sdbus::Error&) {
+        // The service is gone; it drops this client by itself.
+    }
+    // The bus thread may be delivering an update: stop it before the object goes.
+    if (mCallbacks != nullptr) mConnection->leaveEventLoop();
+    mCallbacks.reset();
+    mService.reset();
+}
+
+bool PqsClient::connect(std::string* error) {
+    mConnection = BusConnection::open(mBus, error);
+    if (mConnection == nullptr) return false;
+    mService = std::make_unique<Service>(*mConnection);
+    return true;
+}
+
+PqsClient::ServiceCalls& PqsClient::service() {
+    return *mService;
+}
+
+void PqsClient::registerClient(int type, uint32_t uid) {
+    if (mCallbacks == nullptr) {
+        mCallbacks = std::make_unique<Callbacks>(*mConnection, this);
+        mConnection->enterEventLoopAsync();
+    }
+    mService->registerClient(sdbus::ObjectPath(kCallbacksPath), type, uid);
+    mRegistered = true;
+    mType = type;
+    mUid = uid;
+}
+
+void PqsClient::unregisterClient() {
+    if (!mRegistered) return;
+    mRegistered = false;
+    mService->unregisterClient(sdbus::ObjectPath(kCallbacksPath), mType, mUid);
+}
+
+void PqsClient::received(const Bytes& update) {
+    Listener listener;
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        mUpdates.push_back(update);
+        listener = mListener;
+    }
+    mArrived.notify_all();
+    if (listener) listener(update);
+}
+
+bool PqsClient::waitForUpdate(const std::function<bool(const Bytes&)>& match,
+                              std::chrono::milliseconds timeout, Bytes* update) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    std::unique_lock<std::mutex> lock(mLock);
+    while (true) {
+        while (!mUpdates.empty()) {
+            Bytes next = std::move(mUpdates.front());
+            mUpdates.pop_front();
+            if (match(next)) {
+                if (update != nullptr) *update = std::move(next);
+                return true;
+            }
+        }
+        if (mArrived.wait_until(lock, deadline) == std::cv_status::timeout && mUpdates.empty()) {
+            return false;
+        }
+    }
+}
+
+void PqsClient::setListener(Listener listener) {
+    std::lock_guard<std::mutex> guard(mLock);
+    mListener = std::move(listener);
+}
+
+std::string PqsClient::explain(const sdbus::Error& error) const {
+    const std::string name = error.getName();
+    const std::string where = BusConnection::describe(mBus);
+    auto is = [&name](const char* member) {
+        return name == std::string("org.freedesktop.DBus.Error.") + member;
+    };
+    if (is("ServiceUnknown") || is("NameHasNoOwner")) {
+        return std::string("the vessa service (") + kPqsServiceName + ") is not running on " +
+               where + "; start it with: vessad --bus " + mBus;
+    }
+    if (is("NoReply") || is("Timeout") || is("TimedOut")) {
+        return "the vessa service on " + where + " did not answer in time";
+    }
+    if (is("AccessDenied")) {
+        return "the bus refused the call (see the policy file "
+               "etc/vendor.vessa_v3_6.hardware.pqs360.conf): " +
+               error.getMessage();
+    }
+    if (is("UnknownObject") || is("UnknownInterface") || is("UnknownMethod")) {
+        return std::string("the owner of ") + kPqsServiceName + " on " + where +
+               " does not serve this request: " + error.getMessage();
+    }
+    return name + ": " + error.getMessage();
+}
+
+}  // namespace vessa
