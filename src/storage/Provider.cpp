@@ -1,0 +1,367 @@
+#include "storage/Provider.h"
+
+#include <android/log.h>
+#include <utils/Errors.h>
+
+#include <cstdlib>
+
+#include "model/StringUtils.h"
+#include "storage/DatabaseHelper.h"
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "VsaDatabaseProvider";
+}  // namespace
+
+const std::string Provider::kDefaultName = "default";
+const std::string Provider::kOemName = "oem";
+const std::string Provider::kCustomName = "custom";
+const std::string Provider::kSignature = "signature";
+const std::string Provider::kFormatVersion = "version";
+const std::string Provider::kSelectedProfile = "Profile";
+const std::string Provider::kAupState = "State";
+
+Provider::Provider() : mDatabase(new DatabaseHelper(kDatabaseName)) {}
+
+Provider::~Provider() {
+    releaseRecords();
+    releaseDeviceTunings(false);
+    for (Tuning* tuning : mTunings) delete tuning;
+    mTunings.clear();
+    delete mDatabase;
+}
+
+void Provider::releaseRecords() {
+    for (auto* copies : {&mDefaults, &mCustoms}) {
+        for (ProfileCopy& copy : *copies) {
+            delete copy.profile;
+            for (ProfileEndpoint* endpoint : copy.endpoints) delete endpoint;
+            delete copy.geqPreset;
+        }
+        copies->clear();
+    }
+    for (ProfileEndpoint* slot : mProfileEndpointSlots) delete slot;
+    mProfileEndpointSlots.clear();
+    for (IeqPreset*& preset : mIeqPresets) {
+        delete preset;
+        preset = nullptr;
+    }
+    mNumOfProfiles = 0;
+}
+
+int Provider::init() {
+    releaseRecords();
+    std::vector<std::string> names;
+    mDatabase->queryProfileNames(names, kDefaultName);
+    if (names.empty()) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): No profiles found from the database",
+                            "init");
+        return android::NO_INIT;
+    }
+    mNumOfProfiles = static_cast<int>(names.size());
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(): Altogether %d profiles found", "init",
+                        mNumOfProfiles);
+    mDefaults.resize(mNumOfProfiles);
+    mCustoms.resize(mNumOfProfiles);
+    mProfileEndpointSlots.assign(mNumOfProfiles, nullptr);
+    for (int id = 0; id < mNumOfProfiles; ++id) {
+        for (auto* copies : {&mDefaults, &mCustoms}) {
+            ProfileCopy& copy = (*copies)[id];
+            copy.profile = new Profile(id, names[id], false);
+            for (int e = 0; e < kNumEndpoints; ++e) {
+                copy.endpoints.insert(
+                        new ProfileEndpoint(id, static_cast<Endpoint>(e), PresetType::OFF));
+            }
+            copy.geqPreset = new GeqPreset(id);
+        }
+    }
+    for (int t = 0; t < kNumPresetTypes; ++t) mIeqPresets[t] = new IeqPreset(PresetType(t));
+    return 0;
+}
+
+bool Provider::validProfile(int id, const char* caller) const {
+    if (id >= 0 && id < mNumOfProfiles) return true;
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): Invalid profile id %d", caller, id);
+    return false;
+}
+
+// ---- configuration ----
+
+int Provider::getSelectedProfile() {
+    std::vector<int> value;
+    string2IntVector(mDatabase->querySelectedProfile(kSelectedProfile), value);
+    return value.empty() ? -1 : value.front();
+}
+
+int Provider::getNumOfProfiles() {
+    return mNumOfProfiles;
+}
+
+bool Provider::isAupOn() {
+    return mDatabase->queryAupStatus(kAupState);
+}
+
+void Provider::setAupOn(bool on) {
+    mDatabase->updateAupStatus(kAupState, on);
+}
+
+void Provider::setSelectedProfile(int id) {
+    mDatabase->updateSelectedProfile(kSelectedProfile, int2String(id));
+}
+
+void Provider::setDefaultXmlSignature(const std::string& signature) {
+    mDatabase->insertConfigurationValue(kSignature, signature);
+    mDatabase->insertConfigurationValue(kSelectedProfile, "0");
+    mDatabase->insertConfigurationValue(kAupState, "true");
+}
+
+std::string Provider::getDefaultXmlSignature() {
+    return mDatabase->queryConfigurationValue(kSignature);
+}
+
+void Provider::setDefaultXmlFormatVersion(const std::string& version) {
+    mDatabase->insertConfigurationValue(kFormatVersion, version);
+}
+
+std::string Provider::getDefaultXmlFormatVersion() {
+    return mDatabase->queryConfigurationValue(kFormatVersion);
+}
+
+void Provider::setDeviceTuning(const std::string& key, const std::string& device) {
+    mDatabase->insertConfigurationValue(key, device);
+}
+
+std::string Provider::getDeviceTuning(const std::string& key) {
+    return mDatabase->queryConfigurationValue(key);
+}
+
+void Provider::updateDeviceTuning(const std::string& key, const std::string& device) {
+    mDatabase->updateTuningDevice(key, device);
+}
+
+// ---- records ----
+
+Profile* Provider::loadProfileCopy(int id, ProfileCopy& copy, const std::string& origin) {
+    mDatabase->queryProfileValue(int2String(id), origin, copy.profile);
+    return copy.profile;
+}
+
+ProfileEndpointSet Provider::loadEndpointCopies(int id, ProfileCopy& copy,
+                                                const std::string& origin) {
+    for (ProfileEndpoint* endpoint : copy.endpoints) {
+        mDatabase->queryEndpointValue(int2String(id), endpointName(endpoint->getEndpoint()), origin,
+                                      endpoint);
+    }
+    return copy.endpoints;
+}
+
+GeqPreset* Provider::loadGeqCopy(int id, ProfileCopy& copy, const std::string& origin) {
+    mDatabase->queryGeqValue(int2String(id), origin, copy.geqPreset);
+    return copy.geqPreset;
+}
+
+Profile* Provider::loadDefaultProfile(int id) {
+    if (!validProfile(id, "loadDefaultProfile")) return nullptr;
+    return loadProfileCopy(id, mDefaults[id], kDefaultName);
+}
+
+Profile* Provider::loadProfile(int id) {
+    if (!validProfile(id, "loadProfile")) return nullptr;
+    return loadProfileCopy(id, mCustoms[id], kCustomName);
+}
+
+ProfileEndpointSet Provider::loadDefaultProfileEndpoints(int id) {
+    if (!validProfile(id, "loadDefaultProfileEndpoints")) return {};
+    return loadEndpointCopies(id, mDefaults[id], kDefaultName);
+}
+
+ProfileEndpointSet Provider::loadProfileEndpoints(int id) {
+    if (!validProfile(id, "loadProfileEndpoints")) return {};
+    return loadEndpointCopies(id, mCustoms[id], kCustomName);
+}
+
+GeqPreset* Provider::loadDefaultGeqPreset(int id) {
+    if (!validProfile(id, "loadDefaultGeqPreset")) return nullptr;
+    return loadGeqCopy(id, mDefaults[id], kDefaultName);
+}
+
+GeqPreset* Provider::loadGeqPreset(int id) {
+    if (!validProfile(id, "loadGeqPreset")) return nullptr;
+    return loadGeqCopy(id, mCustoms[id], kCustomName);
+}
+
+ProfileEndpoint* Provider::loadProfileEndpoint(int id, Endpoint endpoint) {
+    if (!validProfile(id, "loadProfileEndpoint")) return nullptr;
+    ProfileEndpoint*& slot = mProfileEndpointSlots[id];
+    // A fresh shell each time, so a missing row cannot leave another endpoint's values.
+    if (slot == nullptr) {
+        slot = new ProfileEndpoint(id, endpoint, PresetType::OFF);
+    } else {
+        *slot = ProfileEndpoint(id, endpoint, PresetType::OFF);
+    }
+    mDatabase->queryEndpointValue(int2String(id), endpointName(endpoint), kCustomName, slot);
+    return slot;
+}
+
+IeqPreset* Provider::loadIeqPreset(PresetType type) {
+    int index = static_cast<int>(type);
+    if (index < 0 || index >= kNumPresetTypes || mIeqPresets[index] == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): No IEQ preset %d", "loadIeqPreset",
+                            index);
+        return nullptr;
+    }
+    mDatabase->queryIeqValue(presetTypeName(type), kDefaultName, mIeqPresets[index]);
+    return mIeqPresets[index];
+}
+
+void Provider::save(Profile* profile) {
+    mDatabase->updateProfileValue(profile, kCustomName);
+}
+
+void Provider::save(ProfileEndpoint* endpoint) {
+    mDatabase->updateProfileEndpointValue(endpoint, kCustomName);
+}
+
+void Provider::save(GeqPreset* preset) {
+    mDatabase->updateGeqValue(preset, kCustomName);
+}
+
+Profile* Provider::reset(Profile* profile) {
+    if (profile != nullptr) {
+        mDatabase->queryProfileValue(int2String(profile->getProfileId()), kDefaultName, profile);
+    }
+    return profile;
+}
+
+ProfileEndpoint* Provider::reset(ProfileEndpoint* endpoint) {
+    if (endpoint != nullptr) {
+        mDatabase->queryEndpointValue(int2String(endpoint->getProfileId()),
+                                      endpointName(endpoint->getEndpoint()), kDefaultName,
+                                      endpoint);
+    }
+    return endpoint;
+}
+
+GeqPreset* Provider::reset(GeqPreset* preset) {
+    if (preset != nullptr) {
+        mDatabase->queryGeqValue(int2String(preset->getProfileId()), kDefaultName, preset);
+    }
+    return preset;
+}
+
+void Provider::create(IeqPreset* preset) {
+    mDatabase->insertValue(preset, kDefaultName);
+}
+
+void Provider::create(GeqPreset* preset) {
+    if (preset == nullptr) return;
+    mDatabase->insertValue(preset, kDefaultName, preset->getId());
+    mDatabase->insertValue(preset, kCustomName, preset->getId());
+}
+
+void Provider::create(Profile* profile) {
+    if (profile == nullptr) return;
+    mDatabase->insertValue(profile, kDefaultName, profile->getId());
+    mDatabase->insertValue(profile, kCustomName, profile->getId());
+}
+
+void Provider::create(ProfileEndpoint* endpoint) {
+    if (endpoint == nullptr) return;
+    mDatabase->insertValue(endpoint, kDefaultName, endpoint->getId());
+    mDatabase->insertValue(endpoint, kCustomName, endpoint->getId());
+}
+
+void Provider::create(Tuning* tuning, const std::string& origin) {
+    mDatabase->insertValue(tuning, origin);
+}
+
+void Provider::create(DeviceTuning* deviceTuning, const std::string& origin) {
+    mDatabase->insertValue(deviceTuning, origin);
+}
+
+void Provider::initDatabase() {
+    mDatabase->init();
+}
+
+void Provider::clearOemTunings() {
+    mDatabase->clearOemTunings();
+}
+
+void Provider::clearOemDeviceTunings() {
+    mDatabase->clearOemDeviceTunings();
+}
+
+void Provider::clear() {
+    mDatabase->clear();
+}
+
+void Provider::beginTransaction() {
+    mDatabase->beginTransaction();
+}
+
+void Provider::commitTransaction() {
+    mDatabase->commitTransaction();
+}
+
+// ---- tuning caches ----
+
+DeviceTuningSet Provider::loadDeviceTuningsForPort(Port port) {
+    DeviceTuningSet& cached = mDeviceTunings[port];
+    if (cached.empty()) mDatabase->queryDeviceTunings(portName(port), cached);
+    return cached;
+}
+
+Tuning* Provider::loadTuningForDevice(const std::string& device) {
+    const DeviceTuning* found = nullptr;
+    for (const auto& [port, deviceTunings] : mDeviceTunings) {
+        for (const DeviceTuning* deviceTuning : deviceTunings) {
+            if (deviceTuning->getDevice() == device) {
+                found = deviceTuning;
+                break;
+            }
+        }
+        if (found != nullptr) break;
+    }
+    if (found == nullptr) {
+        __android_log_print(ANDROID_LOG_WARN, kTag,
+                            "Cannot find device with name %s in mDeviceTunings", device.c_str());
+        return nullptr;
+    }
+    const std::string name = found->getTuning();
+    for (Tuning* tuning : mTunings) {
+        if (tuning->getName() == name) {
+            __android_log_print(ANDROID_LOG_DEBUG, kTag,
+                                "Found existing tuning[%s] from cache device[%s]", name.c_str(),
+                                device.c_str());
+            return tuning;
+        }
+    }
+    Tuning* tuning = new Tuning(name, endpointForPortName(found->getPort()), false);
+    mDatabase->queryTuning(name, tuning);
+    mTunings.insert(tuning);
+    __android_log_print(ANDROID_LOG_DEBUG, kTag,
+                        "Load tuning[%s] from cache device[%s], and put it in cached mTunings",
+                        name.c_str(), device.c_str());
+    return tuning;
+}
+
+void Provider::reloadCachedDeviceTunings() {
+    releaseDeviceTunings(true);
+}
+
+void Provider::releaseDeviceTunings(bool log) {
+    for (auto& [port, deviceTunings] : mDeviceTunings) {
+        for (DeviceTuning* deviceTuning : deviceTunings) {
+            if (log) {
+                __android_log_print(ANDROID_LOG_DEBUG, kTag,
+                                    "Clear cached device tuning Port[%s]:Device[%s]",
+                                    portName(port), deviceTuning->getDevice().c_str());
+            }
+            delete deviceTuning;
+        }
+        deviceTunings.clear();
+    }
+}
+
+}  // namespace vessa

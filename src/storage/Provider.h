@@ -1,0 +1,127 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "model/DeviceTuning.h"
+#include "model/GeqPreset.h"
+#include "model/IeqPreset.h"
+#include "model/Profile.h"
+#include "model/ProfileEndpoint.h"
+#include "model/Tuning.h"
+#include "model/Vocabulary.h"
+#include "storage/RecordOrder.h"
+
+namespace vessa {
+
+class DatabaseHelper;
+
+// The persistence front of the live context. It owns every profile, profile endpoint
+// and preset record (a factory "default" copy and a user "custom" copy per profile),
+// the device tunings of each port and the tunings loaded so far; callers get raw
+// pointers they never delete. No lock of its own: callers serialise access.
+class Provider {
+  public:
+    // Origins written into every row's custom_name.
+    static const std::string kDefaultName;
+    static const std::string kOemName;
+    static const std::string kCustomName;
+    // Keys of the configuration table.
+    static const std::string kSignature;
+    static const std::string kFormatVersion;
+    static const std::string kSelectedProfile;
+    static const std::string kAupState;
+
+    static constexpr const char* kDatabaseName = "zan_sqlite3.db";
+
+    Provider();
+    virtual ~Provider();
+    Provider(const Provider&) = delete;
+    Provider& operator=(const Provider&) = delete;
+
+    // -1 when no profile is stored.
+    virtual int getSelectedProfile();
+    virtual int getNumOfProfiles();
+    virtual bool isAupOn();
+    // The tuning the device names, shared by every device naming it; null for an
+    // unknown device.
+    virtual Tuning* loadTuningForDevice(const std::string& device);
+    // The port's device tunings; read from the database only while the port's cache
+    // is empty (see reloadCachedDeviceTunings).
+    virtual DeviceTuningSet loadDeviceTuningsForPort(Port port);
+    virtual void initDatabase();
+    virtual void setAupOn(bool on);
+    virtual void updateDeviceTuning(const std::string& key, const std::string& device);
+    virtual Profile* loadDefaultProfile(int id);
+    virtual void setSelectedProfile(int id);
+    virtual ProfileEndpointSet loadDefaultProfileEndpoints(int id);
+    virtual ProfileEndpointSet loadProfileEndpoints(int id);
+    virtual Profile* loadProfile(int id);
+    virtual ProfileEndpoint* loadProfileEndpoint(int id, Endpoint endpoint);
+    // Write the user copy; factory rows are never touched.
+    virtual void save(Profile* profile);
+    virtual void save(ProfileEndpoint* endpoint);
+    virtual void save(GeqPreset* preset);
+    // Re-read the record in place from its factory row and return it.
+    virtual Profile* reset(Profile* profile);
+    virtual ProfileEndpoint* reset(ProfileEndpoint* endpoint);
+    virtual GeqPreset* reset(GeqPreset* preset);
+    virtual void create(IeqPreset* preset);
+    // Profile-level records are stored twice: the factory copy, then the user copy.
+    virtual void create(GeqPreset* preset);
+    virtual void create(Profile* profile);
+    virtual void create(ProfileEndpoint* endpoint);
+    virtual void create(Tuning* tuning, const std::string& origin);
+    virtual void create(DeviceTuning* deviceTuning, const std::string& origin);
+    virtual void clearOemTunings();
+    virtual void clearOemDeviceTunings();
+    // Deletes the cached device tunings so the next port load reads the database again.
+    virtual void reloadCachedDeviceTunings();
+    virtual void clear();
+    virtual void beginTransaction();
+    virtual void commitTransaction();
+    // Also stores profile 0 as selected and processing as on: a new default tuning
+    // file starts from that state.
+    virtual void setDefaultXmlSignature(const std::string& signature);
+    virtual std::string getDefaultXmlSignature();
+    virtual void setDefaultXmlFormatVersion(const std::string& version);
+    virtual std::string getDefaultXmlFormatVersion();
+    virtual void setDeviceTuning(const std::string& key, const std::string& device);
+    virtual std::string getDeviceTuning(const std::string& key);
+    virtual IeqPreset* loadIeqPreset(PresetType type);
+
+    // Builds the record shells for the profiles stored under "default". 0 on success;
+    // NO_INIT (-19) when the database holds no profile (or cannot be read), leaving
+    // every per-profile table empty.
+    int init();
+    GeqPreset* loadDefaultGeqPreset(int id);
+    GeqPreset* loadGeqPreset(int id);
+
+  private:
+    // Both copies of one profile's records.
+    struct ProfileCopy {
+        Profile* profile = nullptr;
+        ProfileEndpointSet endpoints;
+        GeqPreset* geqPreset = nullptr;
+    };
+
+    bool validProfile(int id, const char* caller) const;
+    Profile* loadProfileCopy(int id, ProfileCopy& copy, const std::string& origin);
+    ProfileEndpointSet loadEndpointCopies(int id, ProfileCopy& copy, const std::string& origin);
+    GeqPreset* loadGeqCopy(int id, ProfileCopy& copy, const std::string& origin);
+    void releaseRecords();
+    void releaseDeviceTunings(bool log);
+
+    DatabaseHelper* mDatabase;
+    int mNumOfProfiles = 0;
+    std::vector<ProfileCopy> mDefaults;
+    std::vector<ProfileCopy> mCustoms;
+    std::vector<ProfileEndpoint*> mProfileEndpointSlots;
+    IeqPreset* mIeqPresets[kNumPresetTypes] = {};
+    std::map<Port, DeviceTuningSet> mDeviceTunings;
+    std::set<Tuning*> mTunings;
+};
+
+}  // namespace vessa
