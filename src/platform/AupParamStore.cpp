@@ -12,11 +12,13 @@ int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t*
                             int count) {
     if (count < 0 || (count > 0 && values == nullptr)) return kInvalidArgument;
     android::Mutex::Autolock lock(mLock);
-    Slot& slot = mSlots[Key(device, static_cast<uint32_t>(parameterId))];
+    Key key(device, static_cast<uint32_t>(parameterId));
+    Slot& slot = mSlots[key];
     slot.pending.assign(values, values + count);
     if (!slot.hasPending) {
         slot.hasPending = true;
         mPendingSlots.push_back(&slot);
+        mPendingKeys.push_back(key);
     }
     return 0;
 }
@@ -30,6 +32,9 @@ int AupParamStore::commitChange() {
         slot->hasPending = false;
     }
     mPendingSlots.clear();
+    // Swapped, not copied: both vectors keep their capacity for the next batch.
+    mLastCommitKeys.swap(mPendingKeys);
+    mPendingKeys.clear();
     ++mCommitCount;
     return 0;
 }
@@ -69,6 +74,16 @@ std::vector<AupParamCache> AupParamStore::storedParams(bool committed) const {
     return out;
 }
 
+std::vector<AupParamCache> AupParamStore::lastCommit() const {
+    android::Mutex::Autolock lock(mLock);
+    std::vector<AupParamCache> out;
+    out.reserve(mLastCommitKeys.size());
+    for (const Key& key : mLastCommitKeys) {
+        out.emplace_back(key.first, key.second, mSlots.at(key).committed);
+    }
+    return out;
+}
+
 uint64_t AupParamStore::getCommitCount() const {
     android::Mutex::Autolock lock(mLock);
     return mCommitCount;
@@ -78,6 +93,8 @@ void AupParamStore::reset() {
     android::Mutex::Autolock lock(mLock);
     mSlots.clear();
     mPendingSlots.clear();
+    mPendingKeys.clear();
+    mLastCommitKeys.clear();
     mCommitCount = 0;
 }
 

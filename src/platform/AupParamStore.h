@@ -44,6 +44,9 @@ class AupParamStore : public android::Singleton<AupParamStore> {
     // The same listing by value, sorted by device then parameter id.
     std::vector<AupParamCache> storedParams(bool committed) const;
 
+    // What the last commit published: one entry per (device, id) written in
+    // that batch, in the order of first write, with the published values.
+    std::vector<AupParamCache> lastCommit() const;
     // Number of commitChange calls since start (or since reset).
     uint64_t getCommitCount() const;
     // Forgets every value and the commit count (tests and tools).
@@ -70,6 +73,8 @@ class AupParamStore : public android::Singleton<AupParamStore> {
     // Slots written since the last commit; map nodes never move, so the
     // pointers stay valid, and a commit touches only what changed.
     std::vector<Slot*> mPendingSlots;
+    std::vector<Key> mPendingKeys;
+    std::vector<Key> mLastCommitKeys;
     uint64_t mCommitCount = 0;
 };
 

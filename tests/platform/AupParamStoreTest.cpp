@@ -31,6 +31,8 @@ TEST_F(AupParamStoreTest, ValuesBecomeVisibleOnlyAtCommit) {
 
     EXPECT_EQ(0, mStore.commitChange());
     EXPECT_EQ(1u, mStore.getCommitCount());
+    // The last batch keeps its write order.
+    EXPECT_EQ((Caches{{0x8, 20, {1, 2}}, {0x2, 30, {3}}}), mStore.lastCommit());
     const Caches first = {{0x2, 30, {3}}, {0x8, 20, {1, 2}}};
     EXPECT_EQ(first, mStore.storedParams(true));
     EXPECT_TRUE(mStore.storedParams(false).empty());
@@ -43,6 +45,7 @@ TEST_F(AupParamStoreTest, ValuesBecomeVisibleOnlyAtCommit) {
     EXPECT_EQ((Caches{{0x2, 31, {4}}, {0x8, 20, {}}}), mStore.storedParams(false));
     mStore.commitChange();
     EXPECT_EQ((Caches{{0x2, 30, {3}}, {0x2, 31, {4}}, {0x8, 20, {}}}), mStore.storedParams(true));
+    EXPECT_EQ((Caches{{0x8, 20, {}}, {0x2, 31, {4}}}), mStore.lastCommit());
 }
 
 TEST_F(AupParamStoreTest, ListingIsSortedByUnsignedDeviceThenId) {

@@ -1,0 +1,279 @@
+#include "context/SxContextManager.h"
+
+#include <android/log.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "platform/FileSystemRoot.h"
+#include "storage/Provider.h"
+#include "tuning/DeviceData.h"
+#include "tuning/TuningFileParser.h"
+
+ANDROID_SINGLETON_STATIC_INSTANCE(vessa::SxContextManager);
+
+namespace vessa {
+
+namespace {
+
+constexpr const char* kTag = "SxContextManager";
+
+bool fileExists(const std::string& path) {
+    struct stat st;
+    return stat(path.c_str(), &st) == 0;
+}
+
+// Records in the order of their own keys: the parsed sets are ordered by
+// address, but profile ids follow the order in which profiles are stored.
+template <typename T, typename Key>
+std::vector<T*> sortedBy(const std::set<T*>& records, Key key) {
+    std::vector<T*> out(records.begin(), records.end());
+    std::stable_sort(out.begin(), out.end(), [&](T* a, T* b) { return key(a) < key(b); });
+    return out;
+}
+
+}  // namespace
+
+const char* const SxContextManager::kDefaultTuningFile =
+        "/odm/etc/vessa/multimedia_vessa_zan_default.xml";
+const char* const SxContextManager::kOemTuningFile = "/data/vendor/vessa/zan-extra.xml";
+
+SxContextManager::SxContextManager() {
+    init();
+}
+
+SxContextManager::~SxContextManager() {
+    release();
+}
+
+void SxContextManager::init() {
+    android::Mutex::Autolock guard(mLock);
+    std::string path = FileSystemRoot::resolve(kDefaultTuningFile);
+    if (!fileExists(path)) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "Default XML Tuning file doesn't exist!!");
+        return;
+    }
+    mProvider = new Provider();
+    initDatabase(mProvider, path);
+    if (mProvider->init() != 0) return;
+    mObservable = new SxContextChangeObservable();
+    mContext = new SxContext(mProvider, mObservable);
+    mContext->load();
+    // The database now holds everything the parse produced.
+    delete mParser;
+    mParser = nullptr;
+}
+
+SxContext* SxContextManager::getSxContext() {
+    android::Mutex::Autolock guard(mLock);
+    return mContext;
+}
+
+int SxContextManager::loadOemTuning() {
+    android::Mutex::Autolock guard(mLock);
+    int result = loadOemTuningLocked();
+    if (result == 0 && mContext != nullptr) mContext->reloadTuning();
+    return result;
+}
+
+std::string SxContextManager::getDefaultXmlFormatVersion() {
+    android::Mutex::Autolock guard(mLock);
+    return mProvider == nullptr ? std::string() : mProvider->getDefaultXmlFormatVersion();
+}
+
+void SxContextManager::release() {
+    android::Mutex::Autolock guard(mLock);
+    releaseLocked();
+}
+
+void SxContextManager::releaseLocked() {
+    delete mProvider;
+    mProvider = nullptr;
+    delete mParser;
+    mParser = nullptr;
+    delete mObservable;
+    mObservable = nullptr;
+    delete mContext;
+    mContext = nullptr;
+}
+
+int SxContextManager::initDatabase(Provider* provider, const std::string& path) {
+    DeviceData* data = loadXmlIfChanged(path, provider);
+    if (data == nullptr) return 0;
+    data->validateData();
+    populateDatabase(data, provider);
+    loadOemTuningLocked();
+    __android_log_print(ANDROID_LOG_INFO, kTag,
+                        "Load OEM tuning XML after default tuning XML is reloaded");
+    return 0;
+}
+
+std::string SxContextManager::getSignature(const std::string& path) {
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return "";
+    struct stat st;
+    int rc = fstat(fd, &st);
+    close(fd);
+    if (rc != 0) return "";
+    std::string signature = std::to_string(st.st_mtim.tv_sec);
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(): XML file time string %s", "getSignature",
+                        signature.c_str());
+    return signature;
+}
+
+std::string SxContextManager::getChangedSignature(const std::string& path, Provider* provider) {
+    std::string signature = getSignature(path);
+    return signature == provider->getDefaultXmlSignature() ? std::string() : signature;
+}
+
+DeviceData* SxContextManager::loadXmlIfChanged(const std::string& path, Provider* provider) {
+    std::string signature = getChangedSignature(path, provider);
+    if (signature.empty()) return nullptr;
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Tuning XML file has been updated");
+    delete mParser;
+    mParser = new TuningFileParser();
+    if (mParser->setTuningFile(path) != 0) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "XML parses error!!");
+        return nullptr;
+    }
+    DeviceData* data = mParser->getDeviceData();
+    data->setSignature(signature);
+    return data;
+}
+
+void SxContextManager::populateDatabase(DeviceData* data, Provider* provider) {
+    provider->beginTransaction();
+    provider->clear();
+    provider->initDatabase();
+    for (IeqPreset* preset : sortedBy(data->getIeqPresets(), [](IeqPreset* p) {
+             return static_cast<int>(p->getType());
+         })) {
+        provider->create(preset);
+    }
+    for (GeqPreset* preset :
+         sortedBy(data->getGeqPresets(), [](GeqPreset* p) { return p->getProfileId(); })) {
+        provider->create(preset);
+    }
+    for (Profile* profile :
+         sortedBy(data->getProfiles(), [](Profile* p) { return p->getProfileId(); })) {
+        provider->create(profile);
+    }
+    for (ProfileEndpoint* endpoint : sortedBy(data->getProfileEndpoints(), [](ProfileEndpoint* p) {
+             return std::make_pair(p->getProfileId(), static_cast<int>(p->getEndpoint()));
+         })) {
+        provider->create(endpoint);
+    }
+    for (Tuning* tuning : data->getTunings()) provider->create(tuning, Provider::kDefaultName);
+    for (DeviceTuning* deviceTuning : data->getDeviceTunings()) {
+        provider->create(deviceTuning, Provider::kDefaultName);
+    }
+    for (Port port : SxContext::kSupportedPorts) {
+        provider->setDeviceTuning(portName(port), std::string("default_") + portName(port));
+    }
+    provider->setDefaultXmlSignature(data->getSignature());
+    provider->setDefaultXmlFormatVersion(data->getFormatVersion());
+    provider->commitTransaction();
+}
+
+int SxContextManager::loadOemTuningLocked() {
+    if (mProvider == nullptr) return -19;
+    std::string oemPath = FileSystemRoot::resolve(kOemTuningFile);
+    if (!fileExists(oemPath)) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "OEM Tuning XML doesn't exist!");
+        return -2;
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Try to load OEM tuning XML file from %s",
+                        oemPath.c_str());
+    TuningFileParser* oemParser = new TuningFileParser();
+    if (oemParser->setTuningFile(oemPath) != 0 || oemParser->getDeviceData() == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "OEM Tuning XML parses error!");
+        delete oemParser;
+        return -22;
+    }
+    DeviceData* oem = oemParser->getDeviceData();
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "OEM tuning XML file completed deviceData = %p",
+                        static_cast<void*>(oem));
+
+    std::string oemVersion = oem->getFormatVersion();
+    std::string currentVersion = mProvider->getDefaultXmlFormatVersion();
+    if (oemVersion != currentVersion) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "OEM tuning format V=%s is not consistent with current V=%s, abort "
+                            "loading OEM tuning XML.",
+                            oemVersion.c_str(), currentVersion.c_str());
+        delete oemParser;
+        return -22;
+    }
+
+    // The default file decides which names are taken: the OEM file may only add.
+    TuningFileParser* defaultParser = new TuningFileParser();
+    std::set<std::string> defaultTunings;
+    std::set<std::string> defaultDevices;
+    if (defaultParser->setTuningFile(FileSystemRoot::resolve(kDefaultTuningFile)) == 0) {
+        for (Tuning* t : defaultParser->getDeviceData()->getTunings()) {
+            defaultTunings.insert(t->getName());
+        }
+        for (DeviceTuning* d : defaultParser->getDeviceData()->getDeviceTunings()) {
+            defaultDevices.insert(d->getDevice());
+        }
+    }
+
+    mProvider->beginTransaction();
+    mProvider->clearOemTunings();
+    std::set<std::string> accepted;
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Num of parsed OEM tuning = %zu",
+                        oem->getTunings().size());
+    for (Tuning* tuning : oem->getTunings()) {
+        std::string name = tuning->getName();
+        if (defaultTunings.count(name) != 0) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag,
+                                "Found OEM tuning [%s] already exists in the default tuning XML, "
+                                "drop it.",
+                                name.c_str());
+            continue;
+        }
+        __android_log_print(ANDROID_LOG_INFO, kTag, "Add OEM Tuning %s", name.c_str());
+        mProvider->create(tuning, Provider::kOemName);
+        accepted.insert(name);
+    }
+
+    mProvider->clearOemDeviceTunings();
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Num of parsed OEM device tuning = %zu",
+                        oem->getDeviceTunings().size());
+    for (DeviceTuning* deviceTuning : oem->getDeviceTunings()) {
+        std::string device = deviceTuning->getDevice();
+        std::string tuningName = deviceTuning->getTuning();
+        if (accepted.count(tuningName) == 0) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag,
+                                "Drop OEM Device Tuning with tuning.name [%s] (duplicate in "
+                                "default xml)",
+                                tuningName.c_str());
+            continue;
+        }
+        if (defaultDevices.count(device) != 0) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag,
+                                "Found OEM device ID [%s] already exists in the default tuning "
+                                "XML, drop it.",
+                                device.c_str());
+            continue;
+        }
+        __android_log_print(ANDROID_LOG_INFO, kTag,
+                            "Add OEM Device Tuning Port[%s] : Device[%s] with tuning.name [%s]",
+                            deviceTuning->getPort().c_str(), device.c_str(), tuningName.c_str());
+        mProvider->create(deviceTuning, Provider::kOemName);
+    }
+
+    mProvider->commitTransaction();
+    __android_log_print(ANDROID_LOG_DEBUG, kTag,
+                        "Tell database to reload cached device tuning mappings.");
+    mProvider->reloadCachedDeviceTunings();
+    delete defaultParser;
+    delete oemParser;
+    return 0;
+}
+
+}  // namespace vessa

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <utils/Mutex.h>
+#include <utils/Singleton.h>
+
+#include <string>
+
+#include "context/SxContext.h"
+#include "context/SxContextChangeObservable.h"
+
+namespace vessa {
+
+class DeviceData;
+class Provider;
+class TuningFileParser;
+
+// Owns the provider, the observable and the live context. At start it refills
+// the database from the default tuning file only when the file changed since
+// the last fill, merges the OEM file, then builds and loads the context. One
+// mutex serialises loading, reloading and tear-down.
+class SxContextManager : public android::Singleton<SxContextManager> {
+  public:
+    static const char* const kDefaultTuningFile;
+    static const char* const kOemTuningFile;
+
+    // The service reaches the manager through getInstance(); a manager can also
+    // be built directly, which is how tests run several process lives.
+    SxContextManager();
+    ~SxContextManager();
+    SxContextManager(const SxContextManager&) = delete;
+    SxContextManager& operator=(const SxContextManager&) = delete;
+
+    SxContext* getSxContext();
+    // Merges the OEM file again and, on success, reloads the context's tunings.
+    int loadOemTuning();
+    std::string getDefaultXmlFormatVersion();
+    void release();
+
+  private:
+    void init();
+    void releaseLocked();
+    int initDatabase(Provider* provider, const std::string& path);
+    DeviceData* loadXmlIfChanged(const std::string& path, Provider* provider);
+    std::string getChangedSignature(const std::string& path, Provider* provider);
+    std::string getSignature(const std::string& path);
+    void populateDatabase(DeviceData* data, Provider* provider);
+    int loadOemTuningLocked();
+
+    Provider* mProvider = nullptr;
+    SxContextChangeObservable* mObservable = nullptr;
+    SxContext* mContext = nullptr;
+    TuningFileParser* mParser = nullptr;
+    android::Mutex mLock;
+};
+
+}  // namespace vessa

@@ -1,0 +1,117 @@
+#include "effect/AupController.h"
+
+#include <android/log.h>
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "AupController";
+}
+
+const std::set<AndroidDevice> AupController::kControlledDevices = {
+        kDeviceOutSpeaker,    kDeviceOutWiredHeadphone, kDeviceOutBluetoothA2dp,
+        kDeviceOutAuxDigital, kDeviceOutUsbDevice,      kDeviceOutRemoteSubmix,
+        kDeviceOutDefault};
+
+AupController::AupController(int value, AupEffect& effect) : mEffect(&effect), mValue(value) {
+    for (AndroidDevice device : kControlledDevices) {
+        mTranslators.emplace(device, new ParameterTranslator());
+    }
+    mContext = new AupContext(mTranslators);
+}
+
+AupController::~AupController() {
+    delete mContext;
+    for (auto& [device, translator] : mTranslators) delete translator;
+}
+
+void AupController::sendParameters(AndroidDevice target) {
+    SetParamCommand command(static_cast<int>(target));
+    for (auto& [device, translator] : mTranslators) {
+        command.setDeviceId(static_cast<int>(device));
+        translator->translatePending(command);
+    }
+    command.execute(*mEffect);
+}
+
+void AupController::setAupEffect(AupEffect& effect, SxContext& context) {
+    mEffect = &effect;
+    SetParamCommand command(static_cast<int>(kDeviceOutDefault));
+    for (auto& [device, translator] : mTranslators) {
+        command.setDeviceId(static_cast<int>(device));
+        translator->translateAll(command);
+    }
+    command.execute(*mEffect);
+    mEffect->setEnabled(context.getAupOn());
+}
+
+void AupController::applyEndpoint(SxContext& sx, Port port, bool logMissing) {
+    ProfileEndpoint* endpoint = sx.getSelectedProfileEndpoint(port);
+    if (endpoint == nullptr) {
+        if (logMissing) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag, "No profile endpoint found for port : %d",
+                                static_cast<int>(port));
+        }
+        return;
+    }
+    mContext->setProfileEndpoint(port, *endpoint);
+    if (IeqPreset* preset = sx.getSelectedProfileIeq(port)) mContext->setIeqPreset(port, *preset);
+}
+
+void AupController::onLoad(SxContext& sx) {
+    __android_log_print(ANDROID_LOG_INFO, kTag, "onLoad()");
+    mContext->setProfile(*sx.getSelectedProfile());
+    mContext->setGeqPreset(*sx.getSelectedProfileGeq());
+    for (const auto& [port, device] : AupContext::kDeviceForPort) {
+        applyEndpoint(sx, port, true);
+        Tuning* tuning = sx.getSelectedTuning(port);
+        if (tuning == nullptr) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag, "No tuning found for port : %s",
+                                portName(port));
+            continue;
+        }
+        mContext->setTuning(port, *tuning);
+    }
+    sendParameters(kDeviceOutDefault);
+}
+
+// Switching the effect on and off reaches it as parameter values, not here.
+void AupController::onAupOnChanged(SxContext&, bool) {}
+
+void AupController::onSelectedProfileChanged(SxContext& sx) {
+    __android_log_print(ANDROID_LOG_INFO, kTag, "Profile Changed to %s",
+                        sx.getSelectedProfile()->getName().c_str());
+    mContext->setProfile(*sx.getSelectedProfile());
+    mContext->setGeqPreset(*sx.getSelectedProfileGeq());
+    // A profile change leaves the tunings alone.
+    for (const auto& [port, device] : AupContext::kDeviceForPort) applyEndpoint(sx, port, false);
+    sendParameters(kDeviceOutDefault);
+}
+
+void AupController::onSelectedProfileParameterChanged(SxContext&, Profile& profile) {
+    mContext->setProfile(profile);
+    sendParameters(kDeviceOutDefault);
+}
+
+void AupController::onSelectedProfileEndpointChanged(SxContext&, Port port,
+                                                     ProfileEndpoint& endpoint) {
+    mContext->setProfileEndpoint(port, endpoint);
+    sendParameters(kDeviceOutDefault);
+}
+
+void AupController::onSelectedProfileIeqChanged(SxContext&, Port port, IeqPreset& preset) {
+    mContext->setIeqPreset(port, preset);
+    sendParameters(kDeviceOutDefault);
+}
+
+void AupController::onSelectedProfileGeqChanged(SxContext&, GeqPreset& preset) {
+    mContext->setGeqPreset(preset);
+    sendParameters(kDeviceOutDefault);
+}
+
+void AupController::onSelectedTuningChanged(SxContext&, Port port, Tuning& tuning) {
+    mContext->setTuning(port, tuning);
+    sendParameters(kDeviceOutDefault);
+}
+
+}  // namespace vessa
