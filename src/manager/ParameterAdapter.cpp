@@ -1,0 +1,181 @@
+#include "manager/ParameterAdapter.h"
+
+#include <android/log.h>
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "ParameterAdapter";
+}
+
+using Strategy = ParameterAdapter::ParameterStrategy;
+
+Strategy::ParameterStrategy(int min, int max, Parameter parameter, int length)
+    : mMin(min), mMax(max), mParameter(parameter), mLength(length) {}
+
+Strategy::~ParameterStrategy() = default;
+
+void Strategy::setParameter(SxContext*, int, Endpoint, std::vector<int>&) {}
+
+std::vector<int> Strategy::getParameter(SxContext*, int, Endpoint) {
+    return {};
+}
+
+void Strategy::clamp(std::vector<int>& values) const {
+    for (int& v : values) {
+        if (v < mMin) v = mMin;
+        if (v > mMax) v = mMax;
+    }
+}
+
+void ParameterAdapter::ProfileParameterStrategy::setParameter(SxContext* context, int profileId,
+                                                              std::vector<int>& values) {
+    clamp(values);
+    context->setProfileParameter(profileId, mParameter, values);
+}
+
+std::vector<int> ParameterAdapter::ProfileParameterStrategy::getParameter(SxContext* context,
+                                                                          int profileId) {
+    return context->getProfileParameter(profileId, mParameter);
+}
+
+void ParameterAdapter::ProfileEndpointParameterStrategy::setParameter(SxContext* context,
+                                                                      int profileId,
+                                                                      std::vector<int>& values) {
+    clamp(values);
+    for (Endpoint e : {Endpoint::SPEAKER, Endpoint::HEADPHONE, Endpoint::OTHER}) {
+        context->setProfileParameter(profileId, e, mParameter, values);
+    }
+}
+
+void ParameterAdapter::ProfileEndpointParameterStrategy::setParameter(SxContext* context,
+                                                                      int profileId,
+                                                                      Endpoint endpoint,
+                                                                      std::vector<int>& values) {
+    clamp(values);
+    context->setProfileParameter(profileId, endpoint, mParameter, values);
+}
+
+std::vector<int> ParameterAdapter::ProfileEndpointParameterStrategy::getParameter(
+        SxContext* context, int profileId) {
+    Endpoint speaker = context->getProfileEndpoint(profileId, Endpoint::SPEAKER)->getEndpoint();
+    return context->getProfileParameter(profileId, speaker, mParameter);
+}
+
+std::vector<int> ParameterAdapter::ProfileEndpointParameterStrategy::getParameter(
+        SxContext* context, int profileId, Endpoint endpoint) {
+    return context->getProfileParameter(profileId, endpoint, mParameter);
+}
+
+void ParameterAdapter::ProfileGeqParameterStrategy::setParameter(SxContext* context, int profileId,
+                                                                 std::vector<int>& values) {
+    clamp(values);
+    context->setProfileGeqParameter(profileId, mParameter, values);
+}
+
+std::vector<int> ParameterAdapter::ProfileGeqParameterStrategy::getParameter(SxContext* context,
+                                                                             int profileId) {
+    return context->getProfileGeqParameter(profileId, mParameter);
+}
+
+ParameterAdapter::VirtualizerStrategy::VirtualizerStrategy(int min, int max, Parameter parameter,
+                                                           int length, Endpoint endpoint, int mode)
+    : ParameterStrategy(min, max, parameter, length), mEndpoint(endpoint), mMode(mode) {}
+
+void ParameterAdapter::VirtualizerStrategy::setParameter(SxContext* context, int profileId,
+                                                         std::vector<int>& values) {
+    context->setProfileParameter(profileId, mEndpoint, mParameter, values);
+}
+
+std::vector<int> ParameterAdapter::VirtualizerStrategy::getParameter(SxContext* context,
+                                                                     int profileId) {
+    return context->getProfileParameter(profileId, mEndpoint, mParameter);
+}
+
+ParameterAdapter::ParameterAdapter(SxContext* context) : mContext(context) {
+    using P = Parameter;
+    using EndpointStrategy = ProfileEndpointParameterStrategy;
+    mStrategies = {
+            nullptr,  // 100
+            new VirtualizerStrategy(0, 1, P::VIRTUALIZER_ENABLE, 1, Endpoint::HEADPHONE, 3),
+            new VirtualizerStrategy(0, 1, P::VIRTUALIZER_ENABLE, 1, Endpoint::SPEAKER, 0),
+            new EndpointStrategy(0, 1, P::VOLUME_LEVELER_ENABLE, 1),
+            new EndpointStrategy(0, 3, P::IEQ_ID, 1),
+            new EndpointStrategy(0, 1, P::DIALOG_ENHANCER_ENABLE, 1),
+            new EndpointStrategy(0, 1, P::GRAPHIC_EQUALIZER_ENABLE, 1),
+            new EndpointStrategy(0, 16, P::IEQ_AMOUNT, 1),
+            new EndpointStrategy(0, 16, P::DIALOG_ENHANCER_AMOUNT, 1),
+            new EndpointStrategy(0, 16, P::DIALOG_ENHANCER_DUCKING, 1),
+            new ProfileGeqParameterStrategy(-576, 576, P::GEQ_GAIN, 20),
+            new EndpointStrategy(0, 1, P::BASS_ENHANCER_ENABLE, 1),
+            new EndpointStrategy(0, 1, P::VIRTUAL_BASS_ENABLE, 1),
+            new EndpointStrategy(4, 64, P::HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, 1),
+            new ProfileParameterStrategy(0, 1, P::REVERB_SUPPRESSION_ENABLE, 1),
+            new ProfileParameterStrategy(0, 9, P::REVERB_SUPPRESSION_AMOUNT, 1),
+            new EndpointStrategy(0, 10, P::VOLUME_LEVELER_AMOUNT, 1),
+    };
+}
+
+ParameterAdapter::~ParameterAdapter() {
+    for (ParameterStrategy* strategy : mStrategies) delete strategy;
+}
+
+ParameterAdapter::ParameterStrategy* ParameterAdapter::lookup(int id, bool* pastEnd) const {
+    int index = id - kFirstId;
+    *pastEnd = index >= static_cast<int>(mStrategies.size());
+    // Ids below the table are refused too, so a stray id never reads outside it.
+    if (*pastEnd || index < 0) return nullptr;
+    return mStrategies[index];
+}
+
+ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupOrLog(int id) const {
+    bool pastEnd = false;
+    ParameterStrategy* strategy = lookup(id, &pastEnd);
+    if (strategy == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "param id %d not supported", id);
+    }
+    return strategy;
+}
+
+int ParameterAdapter::getParameterLength(int id) {
+    ParameterStrategy* strategy = lookupOrLog(id);
+    return strategy == nullptr ? 1 : strategy->getParamLength();
+}
+
+// Writes past the table end are dropped without a word; only an unsupported
+// id inside the table is reported. Clients rely on that quiet refusal.
+ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupForWrite(int id) const {
+    bool pastEnd = false;
+    ParameterStrategy* strategy = lookup(id, &pastEnd);
+    if (strategy == nullptr && !pastEnd) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "param id %d not supported", id);
+    }
+    return strategy;
+}
+
+void ParameterAdapter::setParameter(int profileId, int id, std::vector<int>& values) {
+    if (ParameterStrategy* strategy = lookupForWrite(id)) {
+        strategy->setParameter(mContext, profileId, values);
+    }
+}
+
+std::vector<int> ParameterAdapter::getParameter(int profileId, int id) {
+    ParameterStrategy* strategy = lookupOrLog(id);
+    return strategy == nullptr ? std::vector<int>() : strategy->getParameter(mContext, profileId);
+}
+
+void ParameterAdapter::setProfileEndpointParameter(int profileId, Endpoint endpoint, int id,
+                                                   std::vector<int>& values) {
+    if (ParameterStrategy* strategy = lookupForWrite(id)) {
+        strategy->setParameter(mContext, profileId, endpoint, values);
+    }
+}
+
+std::vector<int> ParameterAdapter::getProfileEndpointParameter(int profileId, Endpoint endpoint,
+                                                               int id) {
+    ParameterStrategy* strategy = lookupOrLog(id);
+    return strategy == nullptr ? std::vector<int>()
+                               : strategy->getParameter(mContext, profileId, endpoint);
+}
+
+}  // namespace vessa

@@ -1,0 +1,304 @@
+#include "manager/SxManager.h"
+
+#include <android/log.h>
+
+#include "context/SxContextManager.h"
+
+namespace vessa {
+
+namespace {
+constexpr const char* kTag = "SxManager";
+constexpr const char* kEffectName = "SxService";
+constexpr int kBassEnhancerEnableId = 111;
+constexpr int kVirtualBassEnableId = 112;
+constexpr int kEffectVersionCommand = 3;
+constexpr size_t kEffectVersionWords = 20;  // an 80-byte answer buffer
+}  // namespace
+
+SxManager::SxManager(AupController* controller, SxContext* context)
+    : mController(controller), mContext(context) {}
+
+SxManager::~SxManager() {
+    // The context outlives the manager: stop it from calling a deleted controller.
+    if (mContext != nullptr && mController != nullptr) mContext->unregisterObserver(mController);
+    delete mEffect;
+    delete mController;
+    delete mParameterAdapter;
+}
+
+int SxManager::init() {
+    mContext = SxContextManager::getInstance().getSxContext();
+    if (mContext == nullptr) return -19;
+    mSessionId = 0;
+    mEffect = new AupEffect(0, android::String16(kEffectName));
+    mEffect->setEnabled(true);
+    std::vector<int> version(kEffectVersionWords, 0);
+    mEffect->receive(kEffectVersionCommand, version);
+    __android_log_print(ANDROID_LOG_INFO, kTag, "Created AUP effect version [ %d ]", version[0]);
+    mController = new AupController(2, *mEffect);
+    // Registering delivers onLoad, so the effect gets the whole current state now.
+    mContext->registerObserver(mController);
+    mParameterAdapter = new ParameterAdapter(mContext);
+    return 0;
+}
+
+void SxManager::checkSessionId(int sessionId) {
+    if (sessionId < 0) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "AUP effect with specified session Id (%d) is less than zero",
+                            sessionId);
+    }
+}
+
+AupEffect* SxManager::createAupEffect(int sessionId) {
+    checkSessionId(sessionId);
+    mSessionId = sessionId;
+    return new AupEffect(sessionId, android::String16(kEffectName));
+}
+
+bool SxManager::recreateSxEffect() {
+    delete mEffect;
+    checkSessionId(mSessionId);
+    mEffect = new AupEffect(mSessionId, android::String16(kEffectName));
+    mController->setAupEffect(*mEffect, *mContext);
+    mEffect->setEnabled(true);
+    return true;
+}
+
+void SxManager::validate() {
+    if (mEffect != nullptr && !mEffect->hasControl()) {
+        __android_log_print(ANDROID_LOG_INFO, kTag,
+                            "Cannot control the SxEffect, trying to recreate...");
+        recreateSxEffect();
+    }
+}
+
+bool SxManager::validateSxEffect() {
+    validate();
+    return true;
+}
+
+void SxManager::restoreCurrentProfiles() {
+    mContext->reloadAllProfile();
+}
+
+void SxManager::saveSxStateAndSettings() {
+    mContext->save();
+}
+
+void SxManager::saveSxState() {
+    mContext->saveSxState();
+}
+
+void SxManager::saveSxProfile() {
+    mContext->saveSxProfile();
+}
+
+void SxManager::saveSxProfileSettings() {
+    mContext->saveSxProfileSettings();
+}
+
+void SxManager::setSxOn(bool on) {
+    validate();
+    mContext->setAupOn(on);
+}
+
+// The service may query a manager that is not initialised yet (its dump does);
+// without a context the answers are neutral.
+bool SxManager::getSxOn() {
+    if (mContext == nullptr) return false;
+    if (mSuspended) {
+        __android_log_print(ANDROID_LOG_INFO, kTag, "SX effect is now suspended");
+        return false;
+    }
+    return mContext->getAupOn();
+}
+
+void SxManager::setSxSuspended(bool suspended) {
+    validate();
+    if (mSuspended != suspended) mSuspended = suspended;
+}
+
+bool SxManager::getSxSuspended() {
+    validate();
+    return mSuspended;
+}
+
+int SxManager::getNumOfProfiles() {
+    return mContext == nullptr ? 0 : mContext->getNumOfProfiles();
+}
+
+int SxManager::getProfileNameLen(int id) {
+    return static_cast<int>(mContext->getProfile(id)->getName().size()) + 1;
+}
+
+bool SxManager::isProfileInRange(int id) {
+    return id >= 0 && id < getNumOfProfiles();
+}
+
+std::string SxManager::getProfileName(int id) {
+    if (!isProfileInRange(id)) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid Profile Id!");
+        return "";
+    }
+    return mContext->getProfile(id)->getName();
+}
+
+bool SxManager::setSelectedProfile(int id) {
+    validate();
+    if (!isProfileInRange(id)) return false;
+    mContext->setSelectedProfile(id);
+    return true;
+}
+
+int SxManager::getSelectedProfile() {
+    return mContext == nullptr ? -1 : mContext->getSelectedProfile()->getProfileId();
+}
+
+bool SxManager::resetProfile(int id) {
+    validate();
+    if (!isProfileInRange(id)) return false;
+    mContext->resetProfile(id);
+    return true;
+}
+
+bool SxManager::isProfileModified(int id) {
+    return isProfileInRange(id) && mContext->isProfileModified(id);
+}
+
+std::string SxManager::getSxVersion() {
+    return "SX_VERSION_EXTERNAL";
+}
+
+bool SxManager::isRequestInRange(int profileId, int paramId) {
+    return profileId >= 0 && paramId >= ParameterAdapter::kFirstId && isProfileInRange(profileId);
+}
+
+bool SxManager::setParameter(int profileId, int paramId, std::vector<int> values) {
+    validate();
+    if (!isRequestInRange(profileId, paramId) || values.empty()) return false;
+    mParameterAdapter->setParameter(profileId, paramId, values);
+    // Writing the bass enhancer switch also sets the virtual bass switch; the
+    // reverse does not hold.
+    if (paramId == kBassEnhancerEnableId) {
+        mParameterAdapter->setParameter(profileId, kVirtualBassEnableId, values);
+    }
+    return true;
+}
+
+std::vector<int> SxManager::getParameter(int profileId, int paramId) {
+    if (!isRequestInRange(profileId, paramId)) return {};
+    return mParameterAdapter->getParameter(profileId, paramId);
+}
+
+int SxManager::getParamLength(int paramId) {
+    if (paramId > ParameterAdapter::kFirstId - 1) {
+        return mParameterAdapter->getParameterLength(paramId);
+    }
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid paramId!");
+    return 0;
+}
+
+bool SxManager::endpointForPort(int port, Endpoint* endpoint) {
+    if (static_cast<unsigned int>(port) >= static_cast<unsigned int>(kNumPortNames)) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid Port!");
+        return false;
+    }
+    *endpoint = endpointForPortName(portName(static_cast<Port>(port)));
+    return true;
+}
+
+std::vector<int> SxManager::getProfilePortParameter(int profileId, int port, int paramId) {
+    Endpoint endpoint;
+    if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return {};
+    return mParameterAdapter->getProfileEndpointParameter(profileId, endpoint, paramId);
+}
+
+bool SxManager::setProfilePortParameter(int profileId, int port, int paramId,
+                                        std::vector<int> values) {
+    validate();
+    Endpoint endpoint;
+    if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return false;
+    mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, values);
+    if (paramId == kBassEnhancerEnableId) {
+        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, kVirtualBassEnableId,
+                                                       values);
+    }
+    return true;
+}
+
+int SxManager::getAvailableTuningDevicesLen(Port port) {
+    int length = 0;
+    for (const std::string& device : getAvailableTuningDevices(port)) {
+        length += static_cast<int>(device.size()) + 1;
+    }
+    return length;
+}
+
+std::vector<std::string> SxManager::getAvailableTuningDevices(Port port) {
+    return mContext->getAvailableTuningDevice(port);
+}
+
+std::string SxManager::getSelectedTuningName(Port port) {
+    return mContext->getSelectedTuningDevice(port);
+}
+
+bool SxManager::setSelectedTuning(Port port, const std::string& device) {
+    return mContext->setSelectedTuning(port, device, false);
+}
+
+bool SxManager::isMobilityProfileSelected() {
+    return mContext->getSelectedProfile()->isMobility();
+}
+
+int SxManager::getVolumeLevelerAount(Port port) {
+    ProfileEndpoint* endpoint = mContext->getSelectedProfileEndpoint(port);
+    if (endpoint == nullptr) return 0;
+    const std::vector<int>& amount = endpoint->valuesOf(Parameter::VOLUME_LEVELER_AMOUNT);
+    return amount.empty() ? 0 : amount[0];
+}
+
+bool SxManager::isMonoInternalSpeaker() {
+    if (mContext == nullptr) return false;
+    Tuning* tuning = mContext->getSelectedTuning(Port::INTERNAL_SPEAKER);
+    return tuning != nullptr && tuning->isMono();
+}
+
+bool SxManager::isSpeakerPortraitMode() {
+    const std::vector<int>& orientation =
+            mContext->getSelectedTuningParameter(Port::INTERNAL_SPEAKER, Parameter::ORIENTATION);
+    return !orientation.empty() && orientation[0] == 0;
+}
+
+// A tuning without the value is a configuration error; -1 is the neutral answer.
+int SxManager::firstTuningValue(Port port, Parameter parameter) {
+    const std::vector<int>& values = mContext->getSelectedTuningParameter(port, parameter);
+    return values.empty() ? -1 : values[0];
+}
+
+int SxManager::getTuningParamDSA(Port port) {
+    return firstTuningValue(port, Parameter::VIRTUALIZER_SURROUND_SPEAKER_ANGLE);
+}
+
+int SxManager::getTuningParamDHSA(Port port) {
+    return firstTuningValue(port, Parameter::VIRTUALIZER_HEIGHT_SPEAKER_ANGLE);
+}
+
+int SxManager::getTuningParamDFSA(Port port) {
+    return firstTuningValue(port, Parameter::VIRTUALIZER_FRONT_SPEAKER_ANGLE);
+}
+
+std::vector<int> SxManager::getProfileParameter(int profileId, Parameter parameter) {
+    return mContext->getProfileParameter(profileId, parameter);
+}
+
+int SxManager::reloadTuningXml() {
+    __android_log_print(ANDROID_LOG_INFO, kTag, "Tell SxContextManager to reload tuning XML.");
+    return SxContextManager::getInstance().loadOemTuning();
+}
+
+std::string SxManager::getDefaultXmlFormatVersion() {
+    return SxContextManager::getInstance().getDefaultXmlFormatVersion();
+}
+
+}  // namespace vessa

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "context/SxContext.h"
+#include "effect/AupController.h"
+#include "effect/AupEffect.h"
+#include "manager/ParameterAdapter.h"
+
+namespace vessa {
+
+// The one object through which the service reaches the audio state. It wires
+// the context, the effect handle, the controller and the parameter adapter
+// together, checks request arguments, and holds the "suspended" mask.
+class SxManager {
+  public:
+    SxManager() = default;
+    SxManager(AupController* controller, SxContext* context);
+    ~SxManager();
+    SxManager(const SxManager&) = delete;
+    SxManager& operator=(const SxManager&) = delete;
+
+    // 0, or -19 when no context could be had.
+    int init();
+    AupEffect* createAupEffect(int sessionId);
+    bool recreateSxEffect();
+    bool validateSxEffect();
+
+    void restoreCurrentProfiles();
+    void saveSxStateAndSettings();
+    void saveSxState();
+    void saveSxProfile();
+    void saveSxProfileSettings();
+
+    void setSxOn(bool on);
+    bool getSxOn();
+    void setSxSuspended(bool suspended);
+    bool getSxSuspended();
+
+    int getNumOfProfiles();
+    int getProfileNameLen(int id);
+    std::string getProfileName(int id);
+    bool setSelectedProfile(int id);
+    int getSelectedProfile();
+    bool resetProfile(int id);
+    bool isProfileModified(int id);
+    std::string getSxVersion();
+
+    bool setParameter(int profileId, int paramId, std::vector<int> values);
+    std::vector<int> getParameter(int profileId, int paramId);
+    int getParamLength(int paramId);
+    std::vector<int> getProfilePortParameter(int profileId, int port, int paramId);
+    bool setProfilePortParameter(int profileId, int port, int paramId, std::vector<int> values);
+
+    int getAvailableTuningDevicesLen(Port port);
+    std::vector<std::string> getAvailableTuningDevices(Port port);
+    std::string getSelectedTuningName(Port port);
+    bool setSelectedTuning(Port port, const std::string& device);
+
+    bool isMobilityProfileSelected();
+    // The misspelling is the interface's own.
+    int getVolumeLevelerAount(Port port);
+    bool isMonoInternalSpeaker();
+    bool isSpeakerPortraitMode();
+    int getTuningParamDSA(Port port);
+    int getTuningParamDHSA(Port port);
+    int getTuningParamDFSA(Port port);
+    std::vector<int> getProfileParameter(int profileId, Parameter parameter);
+
+    int reloadTuningXml();
+    std::string getDefaultXmlFormatVersion();
+
+  private:
+    // Recreates the effect handle when the platform took control away.
+    void validate();
+    bool isProfileInRange(int id);
+    bool isRequestInRange(int profileId, int paramId);
+    // The endpoint a port's output is tuned as; false (and logged) for a bad port.
+    bool endpointForPort(int port, Endpoint* endpoint);
+    void checkSessionId(int sessionId);
+    int firstTuningValue(Port port, Parameter parameter);
+
+    AupController* mController = nullptr;
+    SxContext* mContext = nullptr;
+    ParameterAdapter* mParameterAdapter = nullptr;
+    AupEffect* mEffect = nullptr;
+    bool mSuspended = false;
+    int mSessionId = 0;
+};
+
+}  // namespace vessa

@@ -1,0 +1,599 @@
+#include "service/VessaManagerService.h"
+
+#include <android/log.h>
+#include <unistd.h>
+#include <utils/SystemClock.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "effect/AupContext.h"
+#include "platform/ABuffer.h"
+#include "platform/AupParamStore.h"
+#include "service/ClientBuffer.h"
+#include "service/FourCC.h"
+
+namespace android {
+
+namespace {
+
+constexpr const char* kTag = "VessaManagerService";
+constexpr const char* kLooperName = "VessaManagerService EventHandler";
+constexpr const char* kPresetNames[] = {"off", "detailed", "balanced", "warm"};
+constexpr int kIeqPresetId = 104;
+constexpr int kDialogEnhancerEnableId = 105;
+constexpr int kDialogEnhancerAmountId = 108;
+
+// Blob commands of setAupParam; the number stands in the fourth byte of word 0.
+constexpr int32_t blobCommand(int number) {
+    return static_cast<int32_t>(number) << 24;
+}
+
+bool refuseOversized(const char* request, size_t length) {
+    if (length <= ClientBuffer::kMaxSize) return false;
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s: %zu bytes is over the %zu byte limit",
+                        request, length, ClientBuffer::kMaxSize);
+    return true;
+}
+
+int firstOr(const std::vector<int>& values, int fallback) {
+    return values.empty() ? fallback : values[0];
+}
+
+}  // namespace
+
+// ---- NotificationClient ----
+
+VessaManagerService::NotificationClient::NotificationClient(const sp<VessaManagerService>& service,
+                                                            const sp<IPqsCallbacks>& callbacks,
+                                                            uint32_t uid, int type)
+    : mService(service), mUid(uid), mType(type), mCallbacks(callbacks) {}
+
+void VessaManagerService::NotificationClient::serviceDied(uint64_t, const wp<IPqsCallbacks>&) {
+    sp<VessaManagerService> service = mService.promote();
+    if (service == nullptr) return;
+    service->removeNotificationClient(mUid);
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "binderDied : client uid %d", mUid);
+}
+
+void VessaManagerService::NotificationClient::onAupParamUpdate(const void* data, uint32_t length) {
+    bool wrap = data != nullptr && length != 0;
+    const uint8_t* bytes = wrap ? static_cast<const uint8_t*>(data) : nullptr;
+    if (!mCallbacks->onAupParamUpdate(bytes, wrap ? length : 0)) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "Call client failed on %d", mUid);
+    }
+}
+
+// ---- EventHandler ----
+
+VessaManagerService::EventHandler::EventHandler(vessa::SxManager* manager,
+                                                VessaManagerService* service)
+    : mLooper(new ALooper()), mManager(manager), mService(service) {
+    mLooper->setName(kLooperName);
+}
+
+void VessaManagerService::EventHandler::start() {
+    mLooper->registerHandler(this);
+    mLooper->start();
+}
+
+void VessaManagerService::EventHandler::stop() {
+    mLooper->unregisterHandler(id());
+    mLooper->stop();
+}
+
+void VessaManagerService::EventHandler::sendMessage(const void* data, uint32_t length,
+                                                    uint32_t what) {
+    sp<AMessage> msg = new AMessage(what, this);
+    msg->setBuffer("buffer", ABuffer::CreateAsCopy(data, length));
+    msg->post();
+}
+
+void VessaManagerService::EventHandler::sendMessage(const void* data, uint32_t length, int port,
+                                                    uint32_t what) {
+    sp<AMessage> msg = new AMessage(what, this);
+    msg->setBuffer("buffer", ABuffer::CreateAsCopy(data, length));
+    msg->setInt32("port", port);
+    msg->post();
+}
+
+void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& msg) {
+    sp<ABuffer> buffer;
+    const void* payload = nullptr;
+    uint32_t length = 0;
+    switch (msg->what()) {
+        case kWhatRegisterClient:
+            if (msg->findBuffer("buffer", &buffer)) {
+                payload = buffer->data();
+                length = buffer->size();
+            }
+            break;
+        case kWhatSetTuning: {
+            int32_t port = 0;
+            if (msg->findBuffer("buffer", &buffer) && msg->findInt32("port", &port)) {
+                std::string name(reinterpret_cast<const char*>(buffer->data()), buffer->size());
+                mManager->setSelectedTuning(static_cast<vessa::Port>(port), name);
+                payload = buffer->data();
+                length = buffer->size();
+            }
+            break;
+        }
+        case kWhatSetParam:
+            if (msg->findBuffer("buffer", &buffer)) {
+                parseAndSendParam(buffer->data(), buffer->size());
+                payload = buffer->data();
+                length = buffer->size();
+            }
+            break;
+        default:
+            break;
+    }
+    mService->doOnAupParamUpdate(payload, length);
+}
+
+void VessaManagerService::EventHandler::parseAndSendParam(void* blob, uint32_t length) {
+    ClientBuffer in(blob, length);
+    int32_t command = in.word(0);
+    int32_t answer = 0;
+    bool answered = true;
+    if (command == blobCommand(0)) {
+        answer = in.word(2);
+        mManager->setSxOn(answer > 0);
+        mManager->saveSxState();
+    } else if (command == blobCommand(1)) {
+        std::vector<int> values;
+        for (uint32_t i = 0; length > 19 && i < (length - 16) / 4; ++i)
+            values.push_back(in.word(4 + i));
+        mManager->setParameter(in.word(2), in.word(3), values);
+        answered = false;
+    } else if (command == blobCommand(2)) {
+        std::vector<int> values;
+        for (uint32_t i = 0; length > 23 && i < (length - 20) / 4; ++i)
+            values.push_back(in.word(5 + i));
+        mManager->setProfilePortParameter(in.word(2), in.word(3), in.word(4), values);
+        answered = false;
+    } else if (command == blobCommand(10)) {
+        answer = in.word(2);
+        if (mManager->setSelectedProfile(answer) && mManager->getSelectedProfile() == answer) {
+            mManager->saveSxProfile();
+        }
+    } else if (command == blobCommand(12)) {
+        answer = in.word(2);
+        mManager->resetProfile(answer);
+    } else {
+        answered = false;
+    }
+    // Word 1 carries the applied value back to the clients.
+    if (answered && length >= 8) memcpy(static_cast<uint8_t*>(blob) + 4, &answer, sizeof(answer));
+}
+
+// ---- VessaManagerService ----
+
+VessaManagerService::VessaManagerService() = default;
+
+void VessaManagerService::onFirstRef() {
+    __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "onFirstRef");
+    mManager = new vessa::SxManager();
+    mEventHandler = new EventHandler(mManager, this);
+    mEventHandler->start();
+}
+
+VessaManagerService::~VessaManagerService() {
+    __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "~VessaManagerService");
+    if (mManagerReady) mManager->saveSxStateAndSettings();
+    if (mEventHandler != nullptr) mEventHandler->stop();
+    delete mManager;
+}
+
+bool VessaManagerService::checkReady(const char* request) {
+    if (mManagerReady) return true;
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s SxManager doesn't initialize!", request);
+    return false;
+}
+
+bool VessaManagerService::checkPort(const char* request, int port) {
+    if (static_cast<unsigned int>(port) < static_cast<unsigned int>(vessa::kNumPortNames)) {
+        return true;
+    }
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s invalid port number, %d", request, port);
+    return false;
+}
+
+vessa::Port VessaManagerService::activePort() const {
+    const auto& ports = vessa::AupContext::kPortForDevice;
+    auto it = ports.find(static_cast<vessa::AndroidDevice>(mActiveDevice.load()));
+    return it == ports.end() ? vessa::Port::OTHER : it->second;
+}
+
+int64_t VessaManagerService::getIntParam(uint32_t code) {
+    switch (code) {
+        case fourCC("ADEV"):
+            return getActiveDevice();
+        case fourCC("APMO"):
+            return isMobilityProfileSelected() ? 1 : 0;
+        case fourCC("CHCT"):
+            return mChannelCount;
+        case fourCC("AUPO"):
+            return getAupEnabled() ? 1 : 0;
+        case fourCC("DCCP"):
+            return hasDecCP() ? 1 : 0;
+        case fourCC("DDSA"):
+            return getTuningParamDSA();
+        case fourCC("DEAM"):
+            return getDialogEnhancerAmount();
+        case fourCC("DFSA"):
+            return getTuningParamDFSA();
+        case fourCC("DHSA"):
+            return getTuningParamDHSA();
+        case fourCC("DTFV"):
+            return getDefaultXmlFormatVersion();
+        case fourCC("DVLA"):
+            return getVolumeLevelerAount();
+        case fourCC("GDEA"):
+            return mGameClientRegistered;
+        case fourCC("LCTP"):
+            return mLastCodecType;
+        case fourCC("LCTM"):
+            return mLastDeviceQueryTime;
+        case fourCC("SPKM"):
+            return isMonoInternalSpeaker() ? 1 : 0;
+        case fourCC("SPKP"):
+            return isSpeakerPortraitMode() ? 1 : 0;
+        default:
+            return -1;
+    }
+}
+
+void VessaManagerService::setIntParam(uint32_t code, int64_t) {
+    if (code != fourCC("RLTF")) return;
+    __android_log_print(ANDROID_LOG_DEBUG, kTag,
+                        "Notify clients that AUP params changed after reload tuning file.");
+    if (mManager->reloadTuningXml() == 0) doOnAupParamUpdate(nullptr, 0);
+}
+
+int VessaManagerService::setAupParam(const void* data, uint32_t length) {
+    if (!mManagerReady) return -19;
+    if (refuseOversized("setAupParam", length)) return -22;
+    mEventHandler->sendMessage(data, data == nullptr ? 0 : length, kWhatSetParam);
+    return 0;
+}
+
+int VessaManagerService::getAupParam(const void* in, uint32_t inLength, void* out,
+                                     uint32_t outLength) {
+    if (!mManagerReady) return -19;
+    if (refuseOversized("getAupParam", inLength) || refuseOversized("getAupParam", outLength)) {
+        return -22;
+    }
+    return packAndReceiveParam(in, inLength, out, outLength);
+}
+
+int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, void* out,
+                                             uint32_t outLength) {
+    if (inLength < 4) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s : Invalid input length!",
+                            "packAndReceiveParam");
+    }
+    ClientBuffer request(in, inLength);
+    uint32_t command = request.bigEndianAt(0);
+    int32_t a = request.wordAtOffset(4);
+    int32_t b = request.wordAtOffset(8);
+    std::vector<int> values;
+    bool oneWord = true;
+    switch (command) {
+        case 0:
+            values = {mManager->getSxOn() ? 1 : 0};
+            break;
+        case 1:
+            values = mManager->getParameter(b, a);
+            oneWord = false;
+            break;
+        case 2: {
+            uint8_t packed = request.byteAt(8);
+            values = mManager->getProfilePortParameter(packed >> 4, packed & 0x0f, a);
+            oneWord = false;
+            break;
+        }
+        case 3:
+            values = {mManager->getNumOfProfiles()};
+            break;
+        case 10:
+            values = {mManager->getSelectedProfile()};
+            break;
+        case 11:
+            values = {mManager->isProfileModified(a) ? 1 : 0};
+            break;
+        case 13:
+            values = {mManager->isMonoInternalSpeaker() ? 1 : 0};
+            break;
+        default:
+            return 0;
+    }
+    size_t bytes = values.size() * sizeof(int);
+    if (out == nullptr || bytes > outLength) {
+        // One-word answers are not checked against the length by the protocol,
+        // but nothing may be written outside the client's buffer.
+        if (!oneWord) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag,
+                                "%s : Invalid output length, not enough buffer!",
+                                "packAndReceiveParam");
+        }
+        return 0;
+    }
+    memcpy(out, values.data(), bytes);
+    return 0;
+}
+
+int VessaManagerService::setParam(uint32_t device, AupParameterId parameterId, const int* values,
+                                  uint32_t count) {
+    if (count > ClientBuffer::kMaxSize / sizeof(int)) return -22;
+    return vessa::AupParamStore::getInstance().setParam(device, parameterId, values,
+                                                        static_cast<int>(count));
+}
+
+int VessaManagerService::commitChange() {
+    return vessa::AupParamStore::getInstance().commitChange();
+}
+
+int VessaManagerService::getStoredParams(KeyedVector<uint32_t, vessa::AupParamCache*>* params,
+                                         bool committed, int* count) {
+    return vessa::AupParamStore::getInstance().getStoredParams(params, committed, count);
+}
+
+std::string VessaManagerService::getProfileName(int id) {
+    if (!checkReady("getProfileName")) return "";
+    // An id equal to the count passes here and is refused by the manager.
+    if (id < 0 || id > mManager->getNumOfProfiles()) return "";
+    return mManager->getProfileName(id);
+}
+
+int VessaManagerService::getAvailableTuningDevicesLen(int port) {
+    if (!checkReady("getAvailableTuningDevicesLen")) return 0;
+    if (!checkPort("getAvailableTuningDevicesLen", port)) return 0;
+    return mManager->getAvailableTuningDevicesLen(static_cast<vessa::Port>(port));
+}
+
+void VessaManagerService::getAvailableTuningDevices(int port, void* buffer, int length) {
+    if (!checkReady("getAvailableTuningDevices")) return;
+    if (!checkPort("getAvailableTuningDevices", port)) return;
+    vessa::Port p = static_cast<vessa::Port>(port);
+    if (buffer == nullptr || length < 0 || mManager->getAvailableTuningDevicesLen(p) > length) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "%s not enough buffer for transferring device name lists for port %d",
+                            "getAvailableTuningDevices", port);
+        return;
+    }
+    char* out = static_cast<char*>(buffer);
+    memset(out, ' ', static_cast<size_t>(length));
+    for (const std::string& device : mManager->getAvailableTuningDevices(p)) {
+        memcpy(out, device.data(), device.size());
+        out += device.size() + 1;
+    }
+}
+
+std::string VessaManagerService::getSelectedTuningDevice(int port) {
+    if (!checkReady("getSelectedTuningDevice")) return "";
+    if (!checkPort("getSelectedTuningDevice", port)) return "";
+    return mManager->getSelectedTuningName(static_cast<vessa::Port>(port));
+}
+
+void VessaManagerService::setSelectedTuningDevice(int port, const void* name, int length) {
+    if (!checkReady("setSelectedTuningDevice")) return;
+    if (!checkPort("setSelectedTuningDevice", port)) return;
+    if (length < 0 || refuseOversized("setSelectedTuningDevice", static_cast<size_t>(length))) {
+        return;
+    }
+    mEventHandler->sendMessage(name, name == nullptr ? 0 : static_cast<uint32_t>(length), port,
+                               kWhatSetTuning);
+}
+
+void VessaManagerService::registerClient(const sp<IPqsCallbacks>& callbacks, int type,
+                                         uint32_t uid) {
+    if (callbacks == nullptr) {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "%s got NULL client", "registerClient");
+        return;
+    }
+    if (!mManagerReady && mManager->init() == 0) mManagerReady = true;
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) entry", "registerClient",
+                        type, uid);
+    Mutex::Autolock guard(mLock);
+    uint32_t key = uid + static_cast<uint32_t>(type);
+    if (mClients.indexOfKey(key) < 0) {
+        sp<NotificationClient> client = new NotificationClient(this, callbacks, key, type);
+        mClients.add(key, client);
+        callbacks->linkToDeath(client, 0);
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "registerClient() client %p, uid %d",
+                            static_cast<void*>(client.get()), key);
+        if (isDecoderType(type)) ++mDecoderClientCount;
+    } else {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "register uid already existing 0x%x", key);
+    }
+    const int32_t notice[2] = {-1, 0};
+    mEventHandler->sendMessage(notice, sizeof(notice), kWhatRegisterClient);
+    if (isDecoderType(type)) {
+        mLastCodecType = type;
+        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Last registered codec type is %d", type);
+    } else if (type == kGameClientType) {
+        mGameClientRegistered = 1;
+        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Game AUP registered");
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) exit", "registerClient",
+                        type, uid);
+}
+
+void VessaManagerService::unregisterClient(const sp<IPqsCallbacks>& callbacks, int type,
+                                           uint32_t uid) {
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) entry",
+                        "unregisterClient", type, uid);
+    Mutex::Autolock guard(mLock);
+    uint32_t key = uid + static_cast<uint32_t>(type);
+    ssize_t index = mClients.indexOfKey(key);
+    if (index < 0) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "unregisterClient() client %p, uid %d does not exist in Vessa Server",
+                            static_cast<void*>(callbacks.get()), key);
+        return;
+    }
+    sp<NotificationClient> client = mClients.valueAt(index);
+    if (isDecoderType(client->type())) --mDecoderClientCount;
+    client->callbacks()->unlinkToDeath(client);
+    mClients.removeItemsAt(index);
+    if (client->type() == kGameClientType) {
+        int64_t stillThere = 0;
+        for (size_t i = 0; i < mClients.size(); ++i) {
+            if (mClients.valueAt(i)->type() == kGameClientType) stillThere = 1;
+        }
+        mGameClientRegistered = stillThere;
+        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Game AUP registered status: %d",
+                            static_cast<int>(stillThere));
+    }
+    // An ordinary (user-interface) client leaving persists the whole state.
+    if (mManagerReady && !isDecoderType(client->type()) && client->type() != kGameClientType) {
+        mManager->saveSxStateAndSettings();
+    }
+    const int32_t notice[2] = {-1, 0};
+    mEventHandler->sendMessage(notice, sizeof(notice), kWhatRegisterClient);
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) exit", "unregisterClient",
+                        type, uid);
+}
+
+void VessaManagerService::removeNotificationClient(uint32_t key) {
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(uid = %u) entry", "removeNotificationClient",
+                        key);
+    {
+        Mutex::Autolock guard(mLock);
+        ssize_t index = mClients.indexOfKey(key);
+        if (index >= 0) {
+            if (isDecoderType(mClients.valueAt(index)->type())) --mDecoderClientCount;
+            mClients.removeItemsAt(index);
+        }
+    }
+    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(uid = %u) exit", "removeNotificationClient",
+                        key);
+}
+
+void VessaManagerService::doOnAupParamUpdate(const void* data, uint32_t length) {
+    __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() entry", "doOnAupParamUpdate");
+    {
+        Mutex::Autolock guard(mLock);
+        for (size_t i = 0; i < mClients.size(); ++i) {
+            mClients.valueAt(i)->onAupParamUpdate(data, length);
+        }
+    }
+    __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() exit", "doOnAupParamUpdate");
+}
+
+bool VessaManagerService::hasDecCP() {
+    return mDecoderClientCount != 0;
+}
+
+bool VessaManagerService::getAupEnabled() {
+    return mManagerReady && mManager->getSxOn();
+}
+
+bool VessaManagerService::isMobilityProfileSelected() {
+    return mManagerReady && mManager->isMobilityProfileSelected();
+}
+
+bool VessaManagerService::isMonoInternalSpeaker() {
+    return mManagerReady && mManager->isMonoInternalSpeaker();
+}
+
+bool VessaManagerService::isSpeakerPortraitMode() {
+    return mManagerReady && mManager->isSpeakerPortraitMode();
+}
+
+int VessaManagerService::getVolumeLevelerAount() {
+    return mManagerReady ? mManager->getVolumeLevelerAount(activePort()) : 0;
+}
+
+int VessaManagerService::getTuningParamDSA() {
+    return mManagerReady ? mManager->getTuningParamDSA(activePort()) : -1;
+}
+
+int VessaManagerService::getTuningParamDHSA() {
+    return mManagerReady ? mManager->getTuningParamDHSA(activePort()) : -1;
+}
+
+int VessaManagerService::getTuningParamDFSA() {
+    return mManagerReady ? mManager->getTuningParamDFSA(activePort()) : -1;
+}
+
+int VessaManagerService::getDialogEnhancerAmount() {
+    if (!mManagerReady) return -1;
+    int profile = mManager->getSelectedProfile();
+    int port = static_cast<int>(activePort());
+    std::vector<int> enable =
+            mManager->getProfilePortParameter(profile, port, kDialogEnhancerEnableId);
+    std::vector<int> amount =
+            mManager->getProfilePortParameter(profile, port, kDialogEnhancerAmountId);
+    if (enable.empty() || amount.empty()) return -1;
+    return enable[0] != 0 ? amount[0] : 0;
+}
+
+int VessaManagerService::getActiveDevice() {
+    mLastDeviceQueryTime = uptimeMillis();
+    return mActiveDevice;
+}
+
+int64_t VessaManagerService::getDefaultXmlFormatVersion() {
+    if (!mManagerReady) return -19;
+    std::string version = mManager->getDefaultXmlFormatVersion();
+    int parts[3];
+    char tail;
+    if (sscanf(version.c_str(), "%d.%d.%d%c", &parts[0], &parts[1], &parts[2], &tail) != 3 ||
+        version.find_first_not_of("0123456789.") != std::string::npos) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "XML version %s is not in Major.Minor.Maintain format!",
+                            version.c_str());
+        return -22;
+    }
+    for (int part : parts) {
+        if (part >= 1000) {
+            __android_log_print(ANDROID_LOG_ERROR, kTag, "XML version %d.%d.%d is invalid!\n",
+                                parts[0], parts[1], parts[2]);
+            return -22;
+        }
+    }
+    return parts[0] * 1000000LL + parts[1] * 1000LL + parts[2];
+}
+
+std::string VessaManagerService::dumpText() {
+    std::string text = "VessaManagerService Information dump:\n";
+    if (mManager == nullptr) return text;
+    char line[256];
+    auto append = [&](const char* format, auto... args) {
+        memset(line, 0, sizeof(line));
+        snprintf(line, sizeof(line), format, args...);
+        text += line;
+    };
+    int profile = mManager->getSelectedProfile();
+    int preset = firstOr(mManager->getParameter(profile, kIeqPresetId), 0);
+    if (preset < 0 || preset > 3) preset = 0;
+    int dialogEnhancer = firstOr(mManager->getParameter(profile, kDialogEnhancerEnableId), 0);
+    append("ZAN Status : %s\n", mManager->getSxOn() ? "on" : "off");
+    append("Profile ID : %d\n", profile);
+    append("Profile IEQ Preset : %s\n", kPresetNames[preset]);
+    append("Dialog Enhance state : %s\n", dialogEnhancer != 0 ? "on" : "off");
+    append("Is Mono Speaker : %s\n", mManager->isMonoInternalSpeaker() ? "true" : "false");
+    return text;
+}
+
+void VessaManagerService::dump(int fd, const std::vector<std::string>&) {
+    std::string text = dumpText();
+    size_t written = 0;
+    while (written < text.size()) {
+        ssize_t n = write(fd, text.data() + written, text.size() - written);
+        if (n <= 0) break;
+        written += static_cast<size_t>(n);
+    }
+}
+
+void VessaManagerService::dumpPermissionDenial(int fd) {
+    char line[256] = {};
+    snprintf(line, sizeof(line),
+             "Permission Denial: can't dump VessaManagerService from pid=%d, uid=%d\n", getpid(),
+             static_cast<int>(getuid()));
+    if (write(fd, line, strlen(line)) < 0) return;
+}
+
+}  // namespace android

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+#include "service/IPqsCallbacks.h"
+
+namespace android::test {
+
+// A client's callback object that records every update it is sent.
+class FakeClient : public IPqsCallbacks {
+  public:
+    bool onAupParamUpdate(const uint8_t* data, size_t length) override {
+        std::lock_guard<std::mutex> guard(mLock);
+        mUpdates.emplace_back(data, data + length);
+        mChanged.notify_all();
+        return !mFailSends;
+    }
+    bool linkToDeath(const sp<PqsDeathRecipient>& recipient, uint64_t cookie) override {
+        std::lock_guard<std::mutex> guard(mLock);
+        mRecipient = recipient;
+        mCookie = cookie;
+        return true;
+    }
+    bool unlinkToDeath(const sp<PqsDeathRecipient>&) override {
+        std::lock_guard<std::mutex> guard(mLock);
+        mRecipient.clear();
+        return true;
+    }
+
+    // Waits until `count` updates arrived in all; false on time-out.
+    bool waitForUpdates(size_t count) {
+        std::unique_lock<std::mutex> guard(mLock);
+        return mChanged.wait_for(guard, std::chrono::seconds(5),
+                                 [&] { return mUpdates.size() >= count; });
+    }
+    std::vector<std::vector<uint8_t>> updates() {
+        std::lock_guard<std::mutex> guard(mLock);
+        return mUpdates;
+    }
+    size_t updateCount() {
+        std::lock_guard<std::mutex> guard(mLock);
+        return mUpdates.size();
+    }
+    // The client's process goes away.
+    void die() {
+        sp<PqsDeathRecipient> recipient;
+        {
+            std::lock_guard<std::mutex> guard(mLock);
+            recipient = mRecipient;
+        }
+        if (recipient != nullptr) recipient->serviceDied(mCookie, this);
+    }
+    bool linked() {
+        std::lock_guard<std::mutex> guard(mLock);
+        return mRecipient != nullptr;
+    }
+    void failSends(bool fail) { mFailSends = fail; }
+
+  private:
+    std::mutex mLock;
+    std::condition_variable mChanged;
+    std::vector<std::vector<uint8_t>> mUpdates;
+    sp<PqsDeathRecipient> mRecipient;
+    uint64_t mCookie = 0;
+    bool mFailSends = false;
+};
+
+}  // namespace android::test
