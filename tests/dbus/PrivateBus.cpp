@@ -1,6 +1,9 @@
 #include "PrivateBus.h"
 
+#include <sdbus-c++/sdbus-c++.h>
 #include <signal.h>
+
+#include <thread>
 
 namespace vessa::test {
 
@@ -24,6 +27,28 @@ PrivateBus::~PrivateBus() {
 
 void PrivateBus::stop() {
     mDaemon.stop(SIGTERM);
+}
+
+bool PrivateBus::waitForOwner(const std::string& name, std::chrono::milliseconds timeout,
+                              bool owned) const {
+    try {
+        auto connection = sdbus::createSessionBusConnectionWithAddress(mAddress);
+        auto daemon =
+                sdbus::createProxy(*connection, "org.freedesktop.DBus", "/org/freedesktop/DBus");
+        auto deadline = std::chrono::steady_clock::now() + timeout;
+        while (true) {
+            bool hasOwner = false;
+            daemon->callMethod("NameHasOwner")
+                    .onInterface("org.freedesktop.DBus")
+                    .withArguments(name)
+                    .storeResultsTo(hasOwner);
+            if (hasOwner == owned) return true;
+            if (std::chrono::steady_clock::now() >= deadline) return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    } catch (const sdbus::Error&) {
+        return false;
+    }
 }
 
 }  // namespace vessa::test

@@ -14,6 +14,9 @@ class PrivateBus {
     ~PrivateBus();
 
     const std::string& address() const { return mAddress; }
+    // Polls the bus until `name` has an owner (or no longer has one).
+    bool waitForOwner(const std::string& name, std::chrono::milliseconds timeout,
+                      bool owned = true) const;
     std::string error() const { return mDaemon.err(); }
     void stop();
 

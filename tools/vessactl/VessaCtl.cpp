@@ -1,6 +1,5 @@
 #include "VessaCtl.h"
 
-#include <signal.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include <ostream>
 
 #include "ParameterTable.h"
+#include "dbus/StopSignals.h"
 #include "service/FourCC.h"
 
 namespace vessa {
@@ -422,20 +422,15 @@ int VessaCtl::dump(const Args&) {
 }
 
 int VessaCtl::watch(const Args&) {
-    // Block the stop signals before the bus thread starts, so only sigwait sees them.
-    sigset_t stop;
-    sigemptyset(&stop);
-    sigaddset(&stop, SIGINT);
-    sigaddset(&stop, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &stop, nullptr);
+    // Before registering starts the bus thread.
+    StopSignals stop;
     mClient.setListener([this](const Bytes& update) {
         mOut << PqsRequest::describeUpdate(update) << std::endl;
     });
     ensureRegistered();
     mErr << "vessactl: watching as client type " << mIdentity.type << ", uid " << mIdentity.uid
          << " (Ctrl-C stops)" << std::endl;
-    int signal = 0;
-    sigwait(&stop, &signal);
+    stop.wait();
     mClient.setListener(nullptr);
     return kOk;
 }
