@@ -7,9 +7,10 @@
 
 namespace vessa::test {
 
-PrivateBus::PrivateBus(const std::string& dir) {
+PrivateBus::PrivateBus(const std::string& dir, const std::string& config) {
     std::string socket = "unix:path=" + dir + "/bus";
-    if (!mDaemon.start({"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile",
+    std::string configuration = config.empty() ? "--session" : "--config-file=" + config;
+    if (!mDaemon.start({"/usr/bin/dbus-daemon", configuration, "--nofork", "--nopidfile",
                         "--address=" + socket, "--print-address=1"},
                        dir, "dbus-daemon")) {
         return;

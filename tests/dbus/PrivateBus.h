@@ -9,8 +9,9 @@ namespace vessa::test {
 // A dbus-daemon of the test's own, listening on a socket in the test's directory.
 class PrivateBus {
   public:
-    // Starts the daemon; empty address on failure (the reason is in error()).
-    explicit PrivateBus(const std::string& dir);
+    // Starts the daemon with the session configuration, or with `config`;
+    // empty address on failure (the reason is in error()).
+    explicit PrivateBus(const std::string& dir, const std::string& config = "");
     ~PrivateBus();
 
     const std::string& address() const { return mAddress; }
