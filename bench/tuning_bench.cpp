@@ -11,73 +11,20 @@
 #include <sstream>
 #include <string>
 
+#include "BenchSupport.h"
 #include "tuning/TuningFileParser.h"
 
 namespace {
 
-const std::string kDefaultFile =
-        std::string(VESSA_SOURCE_DIR) + "/etc/multimedia_vessa_zan_default.xml";
+using vessa::bench::readText;
 
-std::string readText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// Renames every attribute `attr` of `block`: name="x" becomes name="x_<suffix>".
-std::string renamed(std::string block, const std::string& attr, const std::string& suffix) {
-    const std::string key = " " + attr + "=\"";
-    for (size_t pos = block.find(key); pos != std::string::npos; pos = block.find(key, pos)) {
-        size_t close = block.find('"', pos + key.size());
-        block.insert(close, "_" + suffix);
-        pos = close;
-    }
-    return block;
-}
-
-// The default file with its tunings replicated, under new tuning names and
-// device ids, until it is at least ten times as large.
-std::string tenfoldText(const std::string& text) {
-    const std::string open = "    <tuning ";
-    const std::string close = "</tuning>\n";
-    size_t first = text.find(open);
-    size_t last = text.rfind(close) + close.size();
-    const std::string tunings = text.substr(first, last - first);
-    std::string out = text.substr(0, last);
-    for (int copy = 1; out.size() < 10 * text.size(); ++copy) {
-        out += renamed(renamed(tunings, "name", "copy" + std::to_string(copy)), "id",
-                       "copy" + std::to_string(copy));
-    }
-    return out + text.substr(last);
-}
-
-// The generated file, written once into a temporary folder removed at exit.
-class TenfoldFile {
-  public:
-    TenfoldFile() {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base ? base : "/tmp") + "/vessa-bench-XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr) return;
-        mDir = pattern;
-        mPath = mDir + "/tenfold.xml";
-        std::ofstream(mPath, std::ios::binary) << tenfoldText(readText(kDefaultFile));
-    }
-    ~TenfoldFile() {
-        if (mDir.empty()) return;
-        unlink(mPath.c_str());
-        rmdir(mDir.c_str());
-    }
-    const std::string& path() const { return mPath; }
-
-  private:
-    std::string mDir;
-    std::string mPath;
-};
+const std::string& kDefaultFile = vessa::bench::sampleDefaultFile();
 
 const std::string& tenfoldFile() {
-    static TenfoldFile sFile;
-    return sFile.path();
+    static vessa::bench::TempFolder sFolder;
+    static const std::string sPath = sFolder.write(
+            "/tenfold.xml", vessa::bench::tenfoldText(readText(kDefaultFile)));
+    return sPath;
 }
 
 void parseWithTuningFileParser(benchmark::State& state, const std::string& path) {

@@ -49,13 +49,13 @@ class FakeClient : public IPqsCallbacks {
         sp<PqsDeathRecipient> recipient;
         {
             std::lock_guard<std::mutex> guard(mLock);
-            recipient = mRecipient;
+            recipient = mRecipient.promote();
         }
         if (recipient != nullptr) recipient->serviceDied(mCookie, this);
     }
     bool linked() {
         std::lock_guard<std::mutex> guard(mLock);
-        return mRecipient != nullptr;
+        return mRecipient.promote() != nullptr;
     }
     void failSends(bool fail) { mFailSends = fail; }
 
@@ -63,7 +63,7 @@ class FakeClient : public IPqsCallbacks {
     std::mutex mLock;
     std::condition_variable mChanged;
     std::vector<std::vector<uint8_t>> mUpdates;
-    sp<PqsDeathRecipient> mRecipient;
+    wp<PqsDeathRecipient> mRecipient;
     uint64_t mCookie = 0;
     bool mFailSends = false;
 };
