@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 #include <sdbus-c++/Error.h>
+#include <sdbus-c++/IProxy.h>
 
 #include "dbus/BusConnection.h"
 #include "dbus/PqsNames.h"
@@ -37,7 +38,8 @@ bool PqsServer::start(const std::string& bus, std::string* error) {
         mRequests->requestName(kPqsServiceName);
     } catch (const sdbus::Error& e) {
         *error = std::string("cannot serve ") + kPqsServiceName + " on " +
-                 BusConnection::describe(bus) + ": " + e.getMessage();
+                 BusConnection::describe(bus) + ": " +
+                 (nameTaken() ? "the name has an owner already (another vessad?)" : e.getMessage());
         stop();
         return false;
     }
@@ -67,6 +69,20 @@ void PqsServer::stop() {
     mService.clear();
     // Callback proxies the service still holds share this connection.
     mCallbacks.reset();
+}
+
+bool PqsServer::nameTaken() {
+    try {
+        bool owned = false;
+        sdbus::createProxy(*mRequests, "org.freedesktop.DBus", "/org/freedesktop/DBus")
+                ->callMethod("NameHasOwner")
+                .onInterface("org.freedesktop.DBus")
+                .withArguments(std::string(kPqsServiceName))
+                .storeResultsTo(owned);
+        return owned;
+    } catch (const sdbus::Error&) {
+        return false;
+    }
 }
 
 std::string PqsServer::uniqueName() const {

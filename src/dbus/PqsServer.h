@@ -35,6 +35,9 @@ class PqsServer {
     std::string uniqueName() const;
 
   private:
+    // Whether someone else owns the service name (why requesting it failed).
+    bool nameTaken();
+
     android::sp<android::IPqs> mService;
     std::unique_ptr<sdbus::IConnection> mRequests;
     std::shared_ptr<sdbus::IConnection> mCallbacks;

@@ -277,6 +277,16 @@ TEST_F(EndToEndTest, StoreListsTheCommittedEffectParametersByCode) {
     EXPECT_EQ("", ctl({"store", "--pending"}));
 }
 
+TEST_F(EndToEndTest, ASecondDaemonOnTheSameBusIsRefused) {
+    startService();
+    ChildProcess::Result second =
+            ChildProcess::run({VESSAD_PATH, "--root", root(), "--bus", bus.address()}, dir.path());
+    EXPECT_EQ(1, second.exitCode);
+    EXPECT_NE(std::string::npos, second.err.find("the name has an owner already")) << second.err;
+    std::unique_ptr<PqsClient> client = connectClient();
+    EXPECT_EQ(2, intParam(*client, "CHCT"));
+}
+
 TEST_F(EndToEndTest, VessactlExplainsAMissingService) {
     ChildProcess::Result result = vessactl({"status"});
     EXPECT_EQ(1, result.exitCode);
