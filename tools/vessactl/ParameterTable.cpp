@@ -21,7 +21,7 @@ const ParameterTable::ParamId kParamIds[] = {
     {107, "ieq-amount",                  "intelligent EQ amount", 0, 16, 1},
     {108, "dialog-enhancer-amount",      "dialog enhancer amount", 0, 16, 1},
     {109, "dialog-enhancer-ducking",     "dialog enhancer ducking", 0, 16, 1},
-    {110, "geq-gain",                    "graphic EQ gains, 20 bands", -576, 576, 20},
+    {110, "geq-gain",                    "graphic EQ band gains", -576, 576, 20},
     {111, "bass-enhancer-enable",        "bass enhancer on (also sets 112)", 0, 1, 1},
     {112, "virtual-bass-process-enable", "virtual bass processing on", 0, 1, 1},
     {113, "headphone-virtualizer-steerer-source-distance",

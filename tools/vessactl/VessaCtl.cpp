@@ -85,14 +85,13 @@ void VessaCtl::printUsage(std::ostream& out) {
     for (const Command* c = kCommands; c->name != nullptr; ++c) {
         out << "  " << padded(std::string(c->name) + " " + c->syntax, 34) << c->help << "\n";
     }
-    out << "\nSetting ids (ID), with their range; values outside it are clamped:\n";
+    out << "\nSetting ids (ID) and their ranges; the service clamps other values (not 101, 102):\n";
     int count = 0;
     const ParameterTable::ParamId* ids = ParameterTable::paramIds(&count);
     for (int i = 0; i < count; ++i) {
         std::string range = std::to_string(ids[i].min) + ".." + std::to_string(ids[i].max);
-        if (ids[i].length > 1) range += ", " + std::to_string(ids[i].length) + " values";
-        out << "  " << ids[i].id << "  " << padded(ids[i].meaning, 60) << range << "\n"
-            << "       " << ids[i].name << "\n";
+        if (ids[i].length > 1) range += " (" + std::to_string(ids[i].length) + " values)";
+        out << "  " << ids[i].id << "  " << padded(range, 22) << ids[i].meaning << "\n";
     }
     out << "\nPorts (PORT, a number or a name):";
     for (int port = 0; port < ParameterTable::kNumPorts; ++port) {
