@@ -1,15 +1,29 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "EffectTestUtil.h"
 #include "effect/AupEffect.h"
+#include "effect/SetParamCommand.h"
 #include "platform/AupParamStore.h"
 #include "platform/LogCapture.h"
 
 namespace vessa {
 namespace {
 
-const char* const kInvalidMessage = "sendSharedStore() Invalid data for setting parameter values.";
+using P = AupParameter;
+
+TEST(AupParameterTest, IdentifierIsTheLowerCasedCodeLittleEndian) {
+    EXPECT_EQ(0x656C7664u, packParameterCode("DvLe"));
+    EXPECT_EQ(0x006C6F76u, packParameterCode("VOL"));
+    EXPECT_EQ(0x5F623161u, packParameterCode("A1b_"));  // only A-Z fold
+    EXPECT_EQ(0u, packParameterCode(""));
+    EXPECT_EQ(0u, packParameterCode("DVLEX"));
+    EXPECT_EQ(0x006D6F64, aupParameterId(P::DOM));
+    EXPECT_STREQ("BMDT", aupParameterCode(static_cast<P>(80)));
+    EXPECT_STREQ("", aupParameterCode(static_cast<P>(kNumAupParameters)));
+}
 
 class AupEffectTest : public ::testing::Test {
   protected:
@@ -19,29 +33,49 @@ class AupEffectTest : public ::testing::Test {
     AupEffect mEffect{7, android::String16("ignored")};
 };
 
-TEST_F(AupEffectTest, ValidBatchIsStoredInOrderAndCommittedOnce) {
+TEST_F(AupEffectTest, BatchIsSentWholeInEntryOrderWithOneCommit) {
     LogCapture log;
-    const uint32_t dvle = packParameterCode("DVLE");
-    const uint32_t geon = packParameterCode("GEON");
-    // Two devices, and the same pair twice: the later entry must win.
-    const int dvleWord = static_cast<int>(dvle);
-    const int geonWord = static_cast<int>(geon);
-    // clang-format off
-    std::vector<int> words = {0x40000000, 4,
-                              0x8, dvleWord, 1, 1,
-                              0x2, geonWord, 2, 5, 6,
-                              0x2, dvleWord, 0,
-                              0x8, dvleWord, 1, 0};
-    // clang-format on
-    EXPECT_EQ(-22, mEffect.send(99, words));
+    SetParamCommand cmd(0x40000000);
+    EXPECT_EQ(0, cmd.execute(mEffect));  // nothing to send
+    EXPECT_EQ(0u, mStore.getCommitCount());
+
+    const std::vector<int> a = {1, 2, 3}, b = {-4}, empty;
+    cmd.add(P::DVLE, 7);  // before any setDeviceId: device -1
+    cmd.setDeviceId(0x2);
+    cmd.add(P::DVLA, &a);
+    cmd.add(P::GEON, {&a, &empty, &b});
+    cmd.setDeviceId(0x8);
+    cmd.add(P::GEBS, 3, {&a, &b});
+    cmd.add(P::IEBS, 0, {});
+    cmd.add(P::VOL, &empty);
+    cmd.addParts(P::DOM, {a, 9, empty, b});
+    cmd.setDeviceId(0x2);
+    cmd.add(P::DVLA, 8);  // the same pair again: the later entry wins
+    std::vector<int> words = test::batchWords(0x40000000, {{P::DVLE, {7}, -1},
+                                                           {P::DVLA, {1, 2, 3}},
+                                                           {P::GEON, {1, 2, 3, -4}},
+                                                           {P::GEBS, {3, 1, 2, 3, -4}, 0x8},
+                                                           {P::IEBS, {0}, 0x8},
+                                                           {P::VOL, {}, 0x8},
+                                                           {P::DOM, {1, 2, 3, 9, -4}, 0x8},
+                                                           {P::DVLA, {8}}});
+    EXPECT_EQ(words, cmd.buffer());
+    EXPECT_EQ(-22, cmd.execute(mEffect));
+    words[1] = 8;
+    EXPECT_EQ(words, cmd.buffer());
 
     EXPECT_EQ(1u, mStore.getCommitCount());
-    const std::vector<AupParamCache> expected = {
-            AupParamCache(0x2, dvle, {}),
-            AupParamCache(0x2, geon, {5, 6}),
-            AupParamCache(0x8, dvle, {0}),
+    const auto id = [](P p) { return static_cast<uint32_t>(aupParameterId(p)); };
+    const std::vector<AupParamCache> written = {
+            {0xFFFFFFFF, id(P::DVLE), {7}},
+            {0x2, id(P::DVLA), {8}},
+            {0x2, id(P::GEON), {1, 2, 3, -4}},
+            {0x8, id(P::GEBS), {3, 1, 2, 3, -4}},
+            {0x8, id(P::IEBS), {0}},
+            {0x8, id(P::VOL), {}},
+            {0x8, id(P::DOM), {1, 2, 3, 9, -4}},
     };
-    EXPECT_EQ(expected, mStore.storedParams(true));
+    EXPECT_EQ(written, mStore.lastCommit());
     EXPECT_TRUE(mStore.storedParams(false).empty());
     EXPECT_TRUE(log.lines().empty());
 }
@@ -53,34 +87,19 @@ TEST_F(AupEffectTest, MalformedBatchIsRefusedWhole) {
             {0x2, 2, 0x2, id, 1, 1},       // fewer entries than counted
             {0x2, 1, 0x2, id, 3, 1, 2},    // values run past the end
             {0x2, 1, 0x2, id, 1, 1, 0x8},  // words left after the last entry
-            {0x2, -1},                     // negative entry count
-            {0x2, 1, 0x2, id, -1},         // negative value count
     };
-    for (std::vector<int> words : malformed) {
-        LogCapture log;
-        EXPECT_EQ(-22, mEffect.send(0, words));
-        EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "AupEffect", kInvalidMessage));
-        EXPECT_EQ(1u, log.lines().size());
-    }
-    // A size that is not a whole number of words.
-    std::vector<int> words = {0x2, 1, 0x2, id, 1, 1};
     LogCapture log;
+    for (std::vector<int> words : malformed) EXPECT_EQ(-22, mEffect.send(0, words));
+    // A well-formed batch with a size that is not a whole number of words.
+    std::vector<int> words = {0x2, 1, 0x2, id, 1, 1};
     mEffect.sendSharedStore(words.data(), static_cast<unsigned int>(words.size() * 4 - 2));
-    EXPECT_EQ(1u, log.count("AupEffect", kInvalidMessage));
 
+    const char* const kInvalid = "sendSharedStore() Invalid data for setting parameter values.";
+    EXPECT_EQ(5u, log.lines().size());
+    EXPECT_EQ(5u, log.count("AupEffect", kInvalid));
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "AupEffect", kInvalid));
     EXPECT_EQ(0u, mStore.getCommitCount());
-    EXPECT_TRUE(mStore.storedParams(true).empty());
     EXPECT_TRUE(mStore.storedParams(false).empty());
-}
-
-TEST_F(AupEffectTest, AlwaysControllableAndReadsNothing) {
-    EXPECT_TRUE(mEffect.hasControl());
-    EXPECT_EQ(0, mEffect.setEnabled(true));
-    EXPECT_EQ(0, mEffect.setEnabled(false));
-    std::vector<int> out = {1, 2};
-    EXPECT_EQ(0, mEffect.receive(3, out));
-    EXPECT_EQ((std::vector<int>{1, 2}), out);
-    EXPECT_EQ(0u, mStore.getCommitCount());
 }
 
 }  // namespace

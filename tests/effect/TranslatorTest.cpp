@@ -1,118 +1,129 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include "EffectTestUtil.h"
+#include "effect/AudioOptimizerTranslator.h"
+#include "effect/AudioRegulatorTranslator.h"
 #include "effect/BassMbdrcTranslator.h"
-#include "effect/CustomDRCTranslator.h"
+#include "effect/ComplexEqualizerTranslator.h"
 #include "effect/DeAmountTranslator.h"
-#include "effect/DeEnableTranslator.h"
-#include "effect/GeqTranslator.h"
 #include "effect/IeqTranslator.h"
+#include "effect/OutputModeTranslator.h"
 #include "effect/SimpleTranslator.h"
 #include "effect/VirtualBassEnableTranslator.h"
+#include "effect/VirtualBassTranslator.h"
 #include "model/DeviceParameters.h"
 
 namespace vessa {
 namespace {
 
-using test::batchWords;
 using test::put;
+using P = AupParameter;
+using Values = std::vector<std::pair<int, std::vector<int>>>;
 
-constexpr int kDevice = test::kTestDevice;
-using test::translate;
+// Every source a case does not set. Each channel has its own values so that a
+// swapped or missing channel shows, and no list is 2 or 4 long so that a
+// length cannot pass for a channel count. By line: optimizer gains in the order
+// left, right, left surround, right surround; the complex EQ likewise; the
+// regulator; sibilance suppression; output mode and virtual-bass type.
+// clang-format off
+const Values kBase = {
+        {1, {100, 200, 300}}, {2, {1, 2, 3}}, {4, {21, 22, 23}}, {3, {11, 12, 13}}, {5, {31, 32, 33}},
+        {15, {1}}, {16, {41, 42, 43}}, {18, {47, 48, 49}}, {17, {44, 45, 46}}, {19, {50, 51, 52}},
+        {59, {7}}, {50, {1000, 2000, 3000}}, {61, {-20, -21, -22}}, {60, {-10, -11, -12}}, {51, {0, 1, 0}},
+        {57, {1}}, {53, {51, 52, 53}}, {55, {57, 58, 59}}, {54, {54, 55, 56}}, {56, {60, 61, 62}},
+        {83, {1}}, {44, {0}}, {46, {1, 0, 0, 1}}, {82, {2}},
+};
+// clang-format on
 
-TEST(TranslatorTest, SimpleTranslatorCopiesItsParameter) {
-    DeviceParameters view(nullptr);
-    put(view, 91, {1, 2});
-    SimpleTranslator dvle(AupParameter::DVLE, toParameter(91));
-    ASSERT_EQ(std::vector<Parameter>{toParameter(91)}, dvle.getSrcParams());
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::DVLE, {1, 2}}}), translate(dvle, view));
+struct Case {
+    const Translator& translator;
+    Values sources;  // set over kBase
+    std::vector<test::Entry> expected;
+    Values after = {};  // source values expected once the translator has run
+    Endpoint endpoint = Endpoint::SPEAKER;
+    bool mono = false;
+};
 
-    // An absent Parameter is read as an empty list, and added to the source as one.
-    SimpleTranslator hpon(AupParameter::HPON, toParameter(30));
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::HPON, {}}}), translate(hpon, view));
-    ASSERT_EQ(1u, view.values().count(toParameter(30)));
-    EXPECT_TRUE(view.values().at(toParameter(30)).empty());
-}
-
-TEST(TranslatorTest, DialogEnhancerEnableGoesToDeonAndMdee) {
-    DeviceParameters view(nullptr);
-    put(view, 23, {1});
-    EXPECT_EQ(batchWords(kDevice,
-                         {{kDevice, AupParameter::DEON, {1}}, {kDevice, AupParameter::MDEE, {1}}}),
-              translate(DeEnableTranslator(), view));
-}
-
-TEST(TranslatorTest, DialogEnhancerAmountIsClampedAtTwelve) {
-    DeAmountTranslator translator;
-    DeviceParameters view(nullptr);
-    const auto amountSent = [&](const std::vector<int>& amount) {
-        put(view, 21, amount);
-        const std::vector<int> words = translate(translator, view);
-        EXPECT_EQ(aupParameterId(AupParameter::DEA), words[3]);
-        return std::vector<int>(words.begin() + 5, words.end());
+TEST(TranslatorTest, EachTranslatorBuildsItsEntriesWordForWord) {
+    const SimpleTranslator dvle(P::DVLE, toParameter(91));
+    const DeAmountTranslator dea;
+    const VirtualBassEnableTranslator vbe;
+    const IeqTranslator ieq;
+    const BassMbdrcTranslator mbdrc;
+    const AudioOptimizerTranslator aobs;
+    const ComplexEqualizerTranslator ceq;
+    const AudioRegulatorTranslator regulator;
+    const OutputModeTranslator dom;
+    const VirtualBassTranslator vb;
+    const std::vector<int> arbs = {3, 1000, 2000, 3000, -20, -21, -22, -10, -11, -12, 0, 1, 0};
+    const std::vector<Case> cases = {
+            {dvle, {{91, {1, 2}}}, {{P::DVLE, {1, 2}}}},
+            // The amount is clamped at 12 from above only, and in the batch only.
+            {dea, {{21, {16}}}, {{P::DEA, {12}}}, {{21, {16}}}},
+            {dea, {{21, {13}}}, {{P::DEA, {12}}}},
+            {dea, {{21, {12}}}, {{P::DEA, {12}}}},
+            {dea, {{21, {-40}}}, {{P::DEA, {-40}}}},
+            {dea, {{21, {20, 30}}}, {{P::DEA, {12, 30}}}},
+            {dea, {}, {{P::DEA, {}}}},
+            {vbe, {{69, {5}}}, {{P::VBM, {3}}, {P::VBON, {2}}}},
+            {vbe, {{69, {0}}}, {{P::VBM, {0}}, {P::VBON, {2}}}},
+            {vbe, {}, {{P::VBM, {0}}, {P::VBON, {2}}}},
+            {ieq,
+             {{36, {60, 600, 6000}}, {38, {7, 8, 9}}},
+             {{P::IEBS, {3, 60, 600, 6000, 7, 8, 9}}}},
+            {mbdrc, {{12, {1}}, {13, {9, 8}}}, {{P::BMDT, {9, 8}}}},
+            {mbdrc, {{12, {0}}, {13, {9, 8}}}, {}},
+            {mbdrc, {{13, {9, 8}}}, {}},
+            // Band count before channel count here; channel count first in CEQT and RSSA.
+            {aobs, {{45, {2}}}, {{P::AOBS, {3, 2, 100, 200, 300, 1, 2, 3, 21, 22, 23}}}},
+            {aobs,
+             {{45, {4}}},
+             {{P::AOBS, {3, 4, 100, 200, 300, 1, 2, 3, 21, 22, 23, 11, 12, 13, 31, 32, 33}}}},
+            {aobs, {{45, {6}}}, {}},
+            {ceq, {{45, {2}}}, {{P::CEQT, {2, 3, 41, 42, 43, 47, 48, 49}}}},
+            {ceq, {{45, {4}}}, {{P::CEQT, {4, 3, 41, 42, 43, 47, 48, 49, 44, 45, 46, 50, 51, 52}}}},
+            {ceq, {{45, {2}}, {15, {2}}}, {}},
+            {regulator,
+             {{45, {2}}},
+             {{P::ARSA, {2, 7}}, {P::ARBS, arbs}, {P::RSSA, {2, 3, 51, 52, 53, 57, 58, 59}}}},
+            {regulator,
+             {{45, {4}}},
+             {{P::ARSA, {4, 7}},
+              {P::ARBS, arbs},
+              {P::RSSA, {4, 3, 51, 52, 53, 57, 58, 59, 54, 55, 56, 60, 61, 62}}}},
+            {regulator, {{45, {2}}, {57, {0}}}, {{P::ARSA, {2, 7}}, {P::ARBS, arbs}}},
+            {regulator, {{45, {2}}, {57, {2}}}, {{P::ARSA, {2, 7}}, {P::ARBS, arbs}}},
+            {regulator, {{45, {6, 9}}}, {{P::ARSA, {6, 9, 7}}, {P::ARBS, arbs}}},
+            {dom, {}, {{P::DOM, {1, 1, 0}}}, {}, Endpoint::HEADPHONE, true},
+            {dom, {}, {{P::DOM, {1, 2, 0}}}, {}, Endpoint::OTHER},
+            {dom, {}, {{P::DOM, {1, 0, 0, 1, 0, 0, 1}}}, {{83, {1}}, {44, {0}}}},
+            // A mono speaker never virtualises and uses orientation 1, in the view too.
+            {dom,
+             {},
+             {{P::DOM, {0, 0, 1, 1, 0, 0, 1}}},
+             {{83, {0}}, {44, {1}}, {46, {1, 0, 0, 1}}},
+             Endpoint::SPEAKER,
+             true},
+            {vb,
+             {{80, {40}}, {79, {120}}, {74, {80}}, {73, {240}}},
+             {{P::VBSF, {40, 120}}, {P::VBMF, {80, 240}}}},
     };
-    EXPECT_EQ(std::vector<int>{12}, amountSent({16}));
-    EXPECT_EQ(std::vector<int>{12}, amountSent({13}));
-    EXPECT_EQ(std::vector<int>{12}, amountSent({12}));
-    EXPECT_EQ(std::vector<int>{0}, amountSent({0}));
-    EXPECT_EQ(std::vector<int>{-40}, amountSent({-40}));  // no lower clamp
-    EXPECT_EQ((std::vector<int>{12, 30}), amountSent({20, 30}));
-    EXPECT_EQ(std::vector<int>{}, amountSent({}));
-    // The source keeps the unclamped value.
-    put(view, 21, {16});
-    translate(translator, view);
-    EXPECT_EQ(std::vector<int>{16}, view.valuesOf(toParameter(21)));
-}
-
-TEST(TranslatorTest, GraphicAndIntelligentEqualizerBandTables) {
-    DeviceParameters view(nullptr);
-    put(view, 24, {100, 1000, 10000});
-    put(view, 25, {-3, 0, 4});
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::GEBS, {3, 100, 1000, 10000, -3, 0, 4}},
-                                   {kDevice, AupParameter::VCBF, {100, 1000, 10000}}}),
-              translate(GeqTranslator(), view));
-
-    put(view, 36, {60, 600});
-    put(view, 38, {7, 8});
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::IEBS, {2, 60, 600, 7, 8}}}),
-              translate(IeqTranslator(), view));
-}
-
-TEST(TranslatorTest, VirtualBassEnableSendsModeThreeOrZero) {
-    VirtualBassEnableTranslator translator;
-    DeviceParameters view(nullptr);
-    put(view, 82, {2});
-    put(view, 69, {5});
-    EXPECT_EQ(batchWords(kDevice,
-                         {{kDevice, AupParameter::VBM, {3}}, {kDevice, AupParameter::VBON, {2}}}),
-              translate(translator, view));
-    put(view, 69, {0});
-    EXPECT_EQ(batchWords(kDevice,
-                         {{kDevice, AupParameter::VBM, {0}}, {kDevice, AupParameter::VBON, {2}}}),
-              translate(translator, view));
-    DeviceParameters empty(nullptr);
-    EXPECT_EQ(batchWords(kDevice,
-                         {{kDevice, AupParameter::VBM, {0}}, {kDevice, AupParameter::VBON, {}}}),
-              translate(translator, empty));
-}
-
-TEST(TranslatorTest, CustomDrcAndBassMbdrc) {
-    DeviceParameters view(nullptr);
-    put(view, 20, {1, 2, 3});
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::DRCM, {1, 2, 3}}}),
-              translate(CustomDRCTranslator(), view));
-
-    BassMbdrcTranslator mbdrc;
-    put(view, 13, {9, 8, 7});
-    put(view, 12, {0});
-    EXPECT_EQ(batchWords(kDevice, {}), translate(mbdrc, view));
-    put(view, 12, {1});
-    EXPECT_EQ(batchWords(kDevice, {{kDevice, AupParameter::BMDT, {9, 8, 7}}}),
-              translate(mbdrc, view));
-    // An empty enable counts as off.
-    DeviceParameters noEnable(nullptr);
-    put(noEnable, 13, {9});
-    EXPECT_EQ(batchWords(kDevice, {}), translate(mbdrc, noEnable));
+    for (size_t i = 0; i < cases.size(); ++i) {
+        const Case& c = cases[i];
+        DeviceParameters view(nullptr);
+        for (const auto& [p, values] : kBase) put(view, p, values);
+        for (const auto& [p, values] : c.sources) put(view, p, values);
+        SetParamCommand cmd(test::kDevice);
+        cmd.setDeviceId(test::kDevice);
+        c.translator.aupTranslate(cmd, view, c.endpoint, c.mono);
+        EXPECT_EQ(test::batchWords(test::kDevice, c.expected), cmd.buffer()) << "case " << i;
+        for (const auto& [p, values] : c.after) {
+            EXPECT_EQ(values, view.valuesOf(toParameter(p))) << "case " << i << ", " << p;
+        }
+    }
 }
 
 }  // namespace
