@@ -1,16 +1,21 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "TuningTestSupport.h"
+#include "model/StringUtils.h"
+#include "tuning/NodeParseUtils.h"
 #include "tuning/TagIterator.h"
 
 namespace vessa {
 namespace {
 
 using S = std::vector<std::string>;
+using test::V;
 using TagIteratorTest = test::TuningTest;
 
 const char* const kTag = "TagIterator";
@@ -33,68 +38,40 @@ TEST_F(TagIteratorTest, UnreadableFilesGiveTheirErrorLineAndNoNode) {
     EXPECT_EQ(paths.size(), mLog.count(kTag, "fail to call xmlReadFile,  46"));
     EXPECT_EQ(paths.size(), mLog.count(kTag, "Invalid node when parsing String vector."));
 
+    // A second init frees the first document (checked by the leak sanitizer).
+    ASSERT_EQ(0, it.init(writeDocument("<first/>")));
     ASSERT_EQ(0, it.init(writeFile("<root major=\"3\"/>", "childless.xml")));
     EXPECT_FALSE(it.isCurValid());
     EXPECT_EQ("", it.getNodeName());
     it.childrenNext();
     it.next();
     EXPECT_FALSE(it.isCurValid());
+    EXPECT_EQ(0, NodeParseUtils::parseValue(it));
 }
 
-TEST_F(TagIteratorTest, MovesFollowIndentationAndSkipTheFirstChildOfCompactXml) {
-    TagIterator it;
-    ASSERT_EQ(0, it.init(writeDocument("<first>\n  <inner/>\n  <second/>\n</first>\n<last/>")));
-    EXPECT_EQ("text", it.getNodeName()) << "init stands on the leading whitespace";
-    EXPECT_FALSE(it.isElementNode());
-    it.next();
-    it.pushNode();
-    it.childrenNext();
-    EXPECT_EQ("inner", it.getNodeName());
-    it.childrenNext();  // no children: stays
-    it.next();
-    it.next();
-    EXPECT_EQ("second", it.getNodeName());
-    it.popNode();
-    EXPECT_EQ("first", it.getNodeName());
-    it.popNode();
-    EXPECT_EQ("first", it.getNodeName()) << "an empty stack leaves the node in place";
-    EXPECT_TRUE(mLog.contains(ANDROID_LOG_ERROR, kTag, "It's empty in node stack!"));
+// Numbers in tuning files read exactly as formatted stream reads of an int do:
+// non-numeric text is 0, an overflow saturates, a list stops at what it cannot read.
+TEST(StringConversionTest, ConversionsReadAsStreamsDo) {
+    std::istringstream cases(
+            "|12|-3|+7|\t\n-8|12abc|0x10|True|-|- 5|3.9|2147483647|2147483648|-2147483648|"
+            "-2147483649|99999999999999999999|1,,2|1, 2|1 ,2|5,x,6|1,99999999999,3|4 5,6,|,5");
+    for (std::string text; std::getline(cases, text, '|');) {
+        std::istringstream one(text);
+        int expected = 0;
+        one >> expected;
+        EXPECT_EQ(expected, string2Int(text)) << '"' << text << '"';
 
-    ASSERT_EQ(0, it.init(writeFile("<r><outer><a/><b/></outer></r>", "compact.xml")));
-    EXPECT_EQ("outer", it.getNodeName());
-    it.childrenNext();
-    EXPECT_EQ("b", it.getNodeName());
-}
-
-TEST_F(TagIteratorTest, AttributeReadersKeepTheirShapes) {
-    TagIterator it;
-    openAtFirstElement(it, "<band c=\"9\" b=\"5\" a=\"\" d=\"&#52;2x\"/>\n<bare/>");
-    S out = {"old", "older", "gone"};
-    it.parseNodeWithName({"z", "b"}, out);
-    EXPECT_EQ((S{"old", "5"}), out) << "resized; unlisted slots keep their text";
-    out.clear();
-    it.parseNodeWithName({"b", "a", "b"}, out);
-    EXPECT_EQ((S{"5", "", ""}), out) << "a repeated name fills only its first slot";
-    out = {"first"};
-    it.parseNodeAll(out);
-    EXPECT_EQ((S{"first", "9", "5", "", "42x"}), out);
-    std::vector<int> numbers = {1};
-    it.parseNodeIntVector(numbers);
-    EXPECT_EQ((std::vector<int>{1, 9, 5, 0, 42}), numbers);
-
-    it.next();
-    out.clear();
-    it.parseNodeWithName({"a"}, out);
-    EXPECT_TRUE(out.empty()) << "whitespace is not read";
-    it.next();
-    it.parseNodeWithName({"a", "b"}, out);
-    EXPECT_EQ((S{"", ""}), out) << "an element without attributes";
-    EXPECT_EQ(0u, mLog.count(kTag, "Invalid node when parsing String vector."));
-
-    // A second init frees the first document (checked by the leak sanitizer).
-    ASSERT_EQ(0, it.init(writeDocument("<two/>")));
-    it.clearAll();
-    EXPECT_FALSE(it.isCurValid());
+        V expectedList = {-1};
+        std::istringstream list(text);
+        for (int value = 0; list >> value;) {
+            expectedList.push_back(value);
+            if (list.peek() == ',' || list.peek() == ' ') list.ignore();
+        }
+        V got = {-1};
+        string2IntVector(text, got);
+        EXPECT_EQ(expectedList, got) << '"' << text << "\" (appended, not replaced)";
+    }
+    EXPECT_EQ(INT_MAX, string2Int("2147483648"));
 }
 
 }  // namespace

@@ -4,20 +4,32 @@
 #include <libxml/xmlerror.h>
 
 #include <string>
+#include <vector>
 
 #include "TempDir.h"
+#include "model/ParameterValues.h"
 #include "platform/LogCapture.h"
 #include "tuning/TagIterator.h"
 
 namespace vessa::test {
 
+using V = std::vector<int>;
+
+// The record's values of one parameter; {-999} when it holds none.
+inline V at(const ParameterValues* record, Parameter p) {
+    auto it = record->values().find(p);
+    return it == record->values().end() ? V{-999} : it->second;
+}
+inline V at(const ParameterValues* record, int p) {
+    return at(record, toParameter(p));
+}
+
 // Base of the tuning tests: captures the log, keeps libxml2's own reports of
 // malformed files off the terminal, and writes documents into a temporary folder.
 class TuningTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        xmlSetGenericErrorFunc(nullptr, &ignoreGenericError);
-        xmlSetStructuredErrorFunc(nullptr, &ignoreStructuredError);
+    TuningTest() {
+        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlErrorPtr) {});
     }
 
     std::string writeFile(const std::string& content, const std::string& name = "tuning.xml") {
@@ -32,23 +44,12 @@ class TuningTest : public ::testing::Test {
     // Opens a document holding `body` and stands on its first element.
     void openAtFirstElement(TagIterator& it, const std::string& body) {
         ASSERT_EQ(0, it.init(writeDocument(body)));
-        while (it.isCurValid() && !it.isElementNode()) it.next();
+        it.next();
         ASSERT_TRUE(it.isElementNode());
-    }
-
-    // True if the iterator's stack held nothing: the probe logs when it is empty.
-    bool stackIsEmpty(TagIterator& it) {
-        size_t before = mLog.count("TagIterator", "It's empty in node stack!");
-        it.popNode();
-        return mLog.count("TagIterator", "It's empty in node stack!") == before + 1;
     }
 
     LogCapture mLog;
     TempDir mDir;
-
-  private:
-    static void ignoreGenericError(void*, const char*, ...) {}
-    static void ignoreStructuredError(void*, xmlErrorPtr) {}
 };
 
 }  // namespace vessa::test
