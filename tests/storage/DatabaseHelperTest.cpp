@@ -1,35 +1,32 @@
 #include <android/log.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdio>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "StorageTestSupport.h"
 #include "platform/LogCapture.h"
 #include "storage/DatabaseHelper.h"
+#include "storage/Provider.h"
 
 namespace vessa {
 namespace {
 
 using test::fillAll;
-using test::OutsideView;
-using Strings = std::vector<std::string>;
+using test::Strings;
+using namespace ::testing;
 constexpr const char* kTag = "DatabaseHelper";
 
 // "table col col ..." per table, as the sqlite3 command-line tool shows the schema; a
 // column whose type is not INTEGER for "_id" and TEXT otherwise carries ":TYPE".
-Strings schemaOf(const std::string& file) {
+Strings schemaOf(const test::ScopedRoot& root) {
     Strings tables;
-    FILE* pipe = popen(("sqlite3 '" + file + "' .schema").c_str(), "r");
-    char buffer[8192];
-    while (pipe != nullptr && fgets(buffer, sizeof(buffer), pipe) != nullptr) {
-        std::string line(buffer), create, table, name, column, type;
-        for (char& c : line) {
-            if (c == '(' || c == ')' || c == ',' || c == ';') c = ' ';
-        }
-        std::istringstream in(line);
+    for (const std::string& line : root.sql(".schema")) {
+        std::istringstream in(std::regex_replace(line, std::regex("[(),;]"), " "));
+        std::string create, table, name, column, type;
         in >> create >> table >> name;
         while (in >> column >> type) {
             name += " " + column;
@@ -37,7 +34,6 @@ Strings schemaOf(const std::string& file) {
         }
         tables.push_back(name);
     }
-    if (pipe != nullptr) pclose(pipe);
     return tables;
 }
 
@@ -47,23 +43,11 @@ std::string names(const char* leading, const ParamSet& params) {
     return out;
 }
 
-bool loggedRefusal(const LogCapture& log) {
-    const std::string prefix = "the default value can't be updated, ";
-    for (const LogCapture::Line& l : log.linesWithTag(kTag)) {
-        if (l.priority == ANDROID_LOG_ERROR && l.message.rfind(prefix, 0) == 0 &&
-            std::stoi(l.message.substr(prefix.size())) > 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 class DatabaseHelperTest : public ::testing::Test {
   protected:
     void SetUp() override { db.init(); }
     test::ScopedRoot root;
     DatabaseHelper db{"zan_sqlite3.db"};
-    OutsideView view{root.databasePath()};
 };
 
 TEST_F(DatabaseHelperTest, CreatesTheSevenTablesUnderTheRoot) {
@@ -84,18 +68,16 @@ TEST_F(DatabaseHelperTest, CreatesTheSevenTablesUnderTheRoot) {
             names("tunings _id custom_name name endpoint is_mono is_readonly",
                   Tuning::kValidParams),
             "device_tunings _id custom_name device port tuning_id"};
-    EXPECT_EQ(schemaOf(root.databasePath()), expected);
+    EXPECT_EQ(schemaOf(root), expected);
 
-    db.insertConfigurationValue("signature", "1");
     db.clear();
-    EXPECT_TRUE(schemaOf(root.databasePath()).empty());
-    db.init();
-    EXPECT_EQ(db.queryConfigurationValue("signature"), "");
+    EXPECT_TRUE(schemaOf(root).empty());
 }
 
-// Equal maps and the same dump, so ids, names, flags and types match too.
+// Found, with equal maps and the same dump, so ids, names, flags and types match too.
 template <class Record>
-void expectSame(const Record& read, const Record& written) {
+void expectRead(bool found, const Record& read, const Record& written) {
+    ASSERT_TRUE(found) << written.toString();
     EXPECT_TRUE(read.equals(written));
     EXPECT_EQ(read.toString(), written.toString());
 }
@@ -128,22 +110,16 @@ TEST_F(DatabaseHelperTest, EveryRecordKindRoundTrips) {
     db.insertValue(&speaker, "default", speaker.getId());
     db.insertValue(&other, "default", other.getId());
 
-    ASSERT_TRUE(db.queryTuning("spk", &t1) && db.queryTuning("it's", &t2));
-    expectSame(t1, mono);
-    expectSame(t2, stereo);
-    ASSERT_TRUE(db.queryIeqValue("warm", "default", &readWarm));
-    expectSame(readWarm, warm);
-    ASSERT_TRUE(db.queryGeqValue("2", "custom", &readGeq));
-    expectSame(readGeq, geq);
+    expectRead(db.queryTuning("spk", &t1), t1, mono);
+    expectRead(db.queryTuning("it's", &t2), t2, stereo);
+    expectRead(db.queryIeqValue("warm", "default", &readWarm), readWarm, warm);
+    expectRead(db.queryGeqValue("2", "custom", &readGeq), readGeq, geq);
     EXPECT_FALSE(db.queryGeqValue("2", "default", &readGeq));
-    ASSERT_TRUE(db.queryProfileValue("1", "default", &readProfile));
-    expectSame(readProfile, profile);
+    expectRead(db.queryProfileValue("1", "default", &readProfile), readProfile, profile);
     EXPECT_EQ(readProfile.getSelectedGeqPreset(), 3);
-    ASSERT_TRUE(db.queryEndpointValue("1", "speaker", "default", &read1));
-    ASSERT_TRUE(db.queryEndpointValue("1", "other", "default", &read2));
-    expectSame(read1, speaker);
-    expectSame(read2, other);
-    EXPECT_EQ(view.column("SELECT virtual_bass_type FROM profile_endpoints"),
+    expectRead(db.queryEndpointValue("1", "speaker", "default", &read1), read1, speaker);
+    expectRead(db.queryEndpointValue("1", "other", "default", &read2), read2, other);
+    EXPECT_EQ(root.sql("SELECT virtual_bass_type FROM profile_endpoints"),
               (Strings{"<null>", "2"}));
 
     DeviceTuning d1("default_headphone", "headphone", "hp"), d2(40, "o'neil", "headphone", "hp");
@@ -163,10 +139,11 @@ TEST_F(DatabaseHelperTest, EveryRecordKindRoundTrips) {
     EXPECT_EQ(logged, Strings{"GeqPreset doesn't exist!"});
 }
 
-TEST_F(DatabaseHelperTest, FlagsReadBackFromTextOrDigits) {
+TEST_F(DatabaseHelperTest, FlagsAndQuotesReadBackAsWritten) {
     Tuning tuning("t", Endpoint::SPEAKER, true), read("", Endpoint::SPEAKER, false);
     db.insertValue(&tuning, "default");
-    EXPECT_EQ(view.column("SELECT is_mono || is_readonly FROM tunings"), Strings{"truetrue"});
+    EXPECT_EQ(root.sql("SELECT is_mono || is_readonly FROM tunings"), Strings{"truetrue"});
+    // Digits read back too.
     db.execSQL("UPDATE tunings SET is_mono='0', is_readonly='1'");
     ASSERT_TRUE(db.queryTuning("t", &read));
     EXPECT_EQ(std::make_pair(read.isMono(), read.isReadonly()), std::make_pair(false, true));
@@ -174,14 +151,10 @@ TEST_F(DatabaseHelperTest, FlagsReadBackFromTextOrDigits) {
     ASSERT_TRUE(db.queryTuning("t", &read));
     EXPECT_EQ(std::make_pair(read.isMono(), read.isReadonly()), std::make_pair(true, false));
 
-    Strings names;
-    Profile profile(0, "Rock 'n' Roll", false);
-    db.insertValue(&profile, "default", 0);
-    db.queryProfileNames(names, "default");
-    EXPECT_EQ(names, Strings{"Rock 'n' Roll"});
+    // A quote stays data: the statement around it is not altered.
     db.insertConfigurationValue("usb", "x'); DROP TABLE tunings; --");
     EXPECT_EQ(db.queryConfigurationValue("usb"), "x'); DROP TABLE tunings; --");
-    EXPECT_EQ(view.count("tunings"), 1);
+    EXPECT_EQ(root.sql("SELECT COUNT(*) FROM tunings"), Strings{"1"});
 }
 
 TEST_F(DatabaseHelperTest, RowIdsAndConfigurationRules) {
@@ -190,13 +163,13 @@ TEST_F(DatabaseHelperTest, RowIdsAndConfigurationRules) {
     db.insertValue(&b, "default", -1);
     db.insertValue(&b, "default", 17);
     db.insertValue(&a, "custom", 0);
-    EXPECT_EQ(view.column("SELECT _id FROM geq_presets"), (Strings{"1", "2", "17", "4"}));
+    EXPECT_EQ(root.sql("SELECT _id FROM geq_presets"), (Strings{"1", "2", "17", "4"}));
 
     EXPECT_EQ(db.querySelectedProfile("Profile"), "-1");
     EXPECT_FALSE(db.queryAupStatus("State"));
     db.insertConfigurationValue("State", "false");
     db.insertConfigurationValue("Profile", "");
-    EXPECT_EQ(view.column("SELECT _id || key FROM configuration"), (Strings{"1State", "2Profile"}));
+    EXPECT_EQ(root.sql("SELECT _id || key FROM configuration"), (Strings{"1State", "2Profile"}));
     EXPECT_FALSE(db.queryAupStatus("State"));
     EXPECT_EQ(db.querySelectedProfile("Profile"), "-1");
     db.updateAupStatus("State", true);
@@ -220,76 +193,41 @@ TEST_F(DatabaseHelperTest, DefaultRowsAreNeverUpdated) {
     endpoint.setSelectedIeqPreset(PresetType::OFF);
     geq.set(Parameter::GEQ_GAIN, {1, 2, 3});
     LogCapture log;
-    db.updateProfileValue(&profile, "default");
-    EXPECT_TRUE(loggedRefusal(log));
-    log.clear();
-    db.updateProfileEndpointValue(&endpoint, "default");
-    EXPECT_TRUE(loggedRefusal(log));
-    log.clear();
-    db.updateGeqValue(&geq, "default");
-    EXPECT_TRUE(loggedRefusal(log));
-    EXPECT_EQ(view.column("SELECT name FROM profiles"), (Strings{"Music", "Music"}));
-    EXPECT_EQ(view.count("profile_endpoints", " WHERE selected_ieq_preset_type='warm'"), 2);
-    EXPECT_EQ(view.count("geq_presets", " WHERE geq_gain IS NULL"), 2);
-
-    log.clear();
-    db.updateProfileValue(&profile, "custom");
-    db.updateProfileEndpointValue(&endpoint, "custom");
-    db.updateGeqValue(&geq, "custom");
-    EXPECT_FALSE(loggedRefusal(log));
-    EXPECT_EQ(view.column("SELECT custom_name || name FROM profiles ORDER BY _id"),
+    for (const char* origin : {"default", "custom"}) {
+        db.updateProfileValue(&profile, origin);
+        db.updateProfileEndpointValue(&endpoint, origin);
+        db.updateGeqValue(&geq, origin);
+    }
+    // One refusal per update path, none for the user copies.
+    const auto refusal =
+            AllOf(Field(&LogCapture::Line::priority, ANDROID_LOG_ERROR),
+                  Field(&LogCapture::Line::message,
+                        MatchesRegex("the default value can't be updated, [1-9][0-9]*")));
+    EXPECT_THAT(log.linesWithTag(kTag), ElementsAre(refusal, refusal, refusal));
+    EXPECT_EQ(root.sql("SELECT custom_name || name FROM profiles ORDER BY _id"),
               (Strings{"defaultMusic", "customChanged"}));
-    EXPECT_EQ(view.column("SELECT custom_name FROM profile_endpoints WHERE "
-                          "selected_ieq_preset_type='off'"),
-              Strings{"custom"});
-    EXPECT_EQ(view.column("SELECT custom_name FROM geq_presets WHERE geq_gain='1,2,3'"),
-              Strings{"custom"});
+    EXPECT_EQ(root.sql("SELECT custom_name || selected_ieq_preset_type FROM profile_endpoints "
+                       "ORDER BY _id"),
+              (Strings{"defaultwarm", "customoff"}));
+    EXPECT_EQ(root.sql("SELECT custom_name || ifnull(geq_gain, '') FROM geq_presets ORDER BY _id"),
+              (Strings{"default", "custom1,2,3"}));
 }
 
-TEST_F(DatabaseHelperTest, FailuresAreLoggedAndChangeNothing) {
+TEST_F(DatabaseHelperTest, BrokenDumpLinesAndOemRowsAreLoggedWhenDropped) {
     LogCapture log;
-    Profile profile(0, "Keep", true);
-    EXPECT_FALSE(db.queryProfileValue("0", "default", &profile));
-    EXPECT_EQ(profile.getName(), "Keep");
-    Tuning tuning("x", Endpoint::SPEAKER, false);
-    EXPECT_FALSE(db.queryTuning("x", &tuning));
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "Profile doesn't exist!"));
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "Tuning doesn't exist!"));
-    db.execSQL("COMMIT");
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "failed to exec SQL: COMMIT"));
-    db.execSQL("SELEKT 1");
-    EXPECT_TRUE(log.contains(ANDROID_LOG_DEBUG, kTag, "failed to prepare SQL : SELEKT 1"));
-    EXPECT_EQ(db.getRowCount("nowhere"), -1);
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag,
-                             "failed to prepare SQL: SELECT COUNT(*) FROM nowhere"));
     db.executeInsertCommand(TableType::DEVICE_TUNINGS, "oem", "id=-1\ndevice=d\nbroken\ntuning=t",
                             0);
     EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "invalid string value"));
-    EXPECT_EQ(view.column("SELECT device || '|' || port || '|' || tuning_id FROM device_tunings"),
+    EXPECT_EQ(root.sql("SELECT device || '|' || port || '|' || tuning_id FROM device_tunings"),
               Strings{"d||t"});
-
     db.clearOemDeviceTunings();
-    EXPECT_EQ(view.count("device_tunings"), 0);
+    EXPECT_EQ(root.sql("SELECT COUNT(*) FROM device_tunings"), Strings{"0"});
     EXPECT_TRUE(log.contains(ANDROID_LOG_DEBUG, kTag,
                              "Delete existing device tuning with SQL [DELETE from device_tunings "
                              "WHERE custom_name = 'oem']"));
 }
 
-TEST_F(DatabaseHelperTest, TransactionsHoldTheWritesUntilCommit) {
-    db.beginTransaction();
-    db.insertConfigurationValue("signature", "1");
-    EXPECT_EQ(view.run("SELECT * FROM configuration"), SQLITE_BUSY);  // exclusive
-    db.commitTransaction();
-    EXPECT_EQ(view.count("configuration"), 1);
-    {
-        DatabaseHelper second("zan_sqlite3.db");
-        second.beginTransaction();
-        second.insertConfigurationValue("version", "3.2.1");
-    }  // closed without a commit: rolled back
-    EXPECT_EQ(view.column("SELECT key FROM configuration"), Strings{"signature"});
-}
-
-TEST(DatabaseHelperClosedTest, EveryOperationIsALoggedNoOp) {
+TEST(ClosedDatabaseTest, EveryOperationIsALoggedNoOp) {
     test::ScopedRoot root;
     std::filesystem::create_directories(root.databasePath());  // a directory cannot be opened
     LogCapture log;
@@ -315,6 +253,14 @@ TEST(DatabaseHelperClosedTest, EveryOperationIsALoggedNoOp) {
          {"the db is not open...", "the database is not connected", "db is not connected"}) {
         EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, message)) << message;
     }
+    // The provider over it finds no profile and answers neutrally.
+    Provider provider;
+    EXPECT_EQ(provider.init(), -19);
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "VsaDatabaseProvider",
+                             "init(): No profiles found from the database"));
+    EXPECT_EQ(provider.loadProfile(0), nullptr);
+    EXPECT_EQ(std::make_pair(provider.getSelectedProfile(), provider.isAupOn()),
+              std::make_pair(-1, false));
     EXPECT_TRUE(std::filesystem::is_directory(root.databasePath()));
 }
 

@@ -1,44 +1,57 @@
 #pragma once
 
-#include <sqlite3.h>
-
+#include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "TempDir.h"
 #include "model/ParameterValues.h"
+#include "platform/FileSystemRoot.h"
 
 namespace vessa::test {
+
+using Strings = std::vector<std::string>;
 
 // Moves the filesystem root into a fresh temporary directory for one test.
 class ScopedRoot {
   public:
-    ScopedRoot();
-    ~ScopedRoot();
+    ScopedRoot() : mPrevious(FileSystemRoot::get()) { FileSystemRoot::set(mDir.path()); }
+    ~ScopedRoot() { FileSystemRoot::set(mPrevious); }
     std::string databasePath() const { return mDir.path() + "/data/vendor/vessa/zan_sqlite3.db"; }
+
+    // Checks the database file from outside the code under test: the output lines of
+    // one sqlite3 command-line run, read-only ("<null>" for NULL, errors included).
+    Strings sql(const std::string& command) const {
+        Strings lines;
+        const std::string cli = "sqlite3 -readonly -nullvalue '<null>' '" + databasePath() +
+                                "' \"" + command + "\" 2>&1";
+        FILE* pipe = popen(cli.c_str(), "r");
+        char line[8192];
+        while (pipe != nullptr && fgets(line, sizeof(line), pipe) != nullptr) {
+            lines.emplace_back(line, strcspn(line, "\n"));
+        }
+        if (pipe != nullptr) pclose(pipe);
+        return lines;
+    }
 
   private:
     TempDir mDir;
     std::string mPrevious;
 };
 
-// A second, read-only connection: checks the file from outside the code under test.
-class OutsideView {
-  public:
-    explicit OutsideView(const std::string& path);
-    ~OutsideView() { sqlite3_close_v2(mDb); }
-    // The first column of every row as text; "<null>" for NULL.
-    std::vector<std::string> column(const std::string& sql);
-    int count(const std::string& table, const std::string& where = "");
-    // SQLite's result code of running the statement to its end.
-    int run(const std::string& sql);
-
-  private:
-    sqlite3* mDb = nullptr;
-};
-
 // Every valid parameter but ieq_id, with 20-band lists for the list parameters;
 // `seed` makes records of one kind differ.
-void fillAll(ParameterValues& record, int seed);
+inline void fillAll(ParameterValues& record, int seed) {
+    static const ParamSet kLists = makeParamSet(
+            {1, 2, 3, 4, 5, 13, 16, 17, 18, 19, 24, 25, 36, 38, 46, 50, 53, 54, 55, 56, 68, 81});
+    for (Parameter p : record.getValidParams()) {
+        if (p == Parameter::IEQ_ID) continue;
+        const int base = toInt(p) * 7 + seed * 131;
+        std::vector<int> values(kLists.count(p) ? 20 : 1);
+        for (size_t i = 0; i < values.size(); ++i) values[i] = (i % 2 ? -1 : 1) * (base + i * 47);
+        record.set(p, values);
+    }
+}
 
 }  // namespace vessa::test
