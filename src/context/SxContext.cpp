@@ -66,13 +66,17 @@ void SxContext::reloadAllProfile() {
     mObservable->onAupOnChanged(*this, on);
 }
 
+// Binder threads read the selection while the event thread changes it, so
+// the maps and the provider's caches are touched under the lock here too;
+// it is released around each notification.
 void SxContext::reloadTuning() {
+    ContextLock lock(mLock);
     mSelectedTunings.clear();
     for (Port port : kSupportedPorts) {
         std::string device = mSelectedTuningDevices[port];
-        std::vector<std::string> available = getAvailableTuningDevice(port);
+        std::vector<std::string> available = availableTuningDevicesLocked(port);
         if (std::find(available.begin(), available.end(), device) == available.end()) {
-            std::string fallback = getDefaultTuningDevice(port);
+            std::string fallback = defaultTuningDeviceLocked(port);
             __android_log_print(ANDROID_LOG_WARN, kTag,
                                 "Current selected tuning dev[%s] is not available for port[%s], "
                                 "revert to use dev[%s].",
@@ -91,7 +95,9 @@ void SxContext::reloadTuning() {
         __android_log_print(ANDROID_LOG_DEBUG, kTag,
                             "Reset tuning[%s] for port[%s] and notify observers.",
                             tuning->getName().c_str(), portName(port));
+        lock.unlock();
         mObservable->onSelectedTuningChanged(*this, port, *tuning);
+        lock.lock();
     }
 }
 
@@ -324,10 +330,12 @@ void SxContext::setAupOn(bool on) {
 }
 
 Tuning* SxContext::getSelectedTuning(Port port) {
+    ContextLock lock(mLock);
     return mSelectedTunings[port];
 }
 
 std::string SxContext::getSelectedTuningDevice(Port port) {
+    ContextLock lock(mLock);
     return mSelectedTuningDevices[port];
 }
 
@@ -351,6 +359,11 @@ IeqPreset* SxContext::getSelectedProfileIeq(Port port) {
 }
 
 std::vector<std::string> SxContext::getAvailableTuningDevice(Port port) {
+    ContextLock lock(mLock);
+    return availableTuningDevicesLocked(port);
+}
+
+std::vector<std::string> SxContext::availableTuningDevicesLocked(Port port) {
     std::vector<std::string> devices;
     for (DeviceTuning* deviceTuning : mProvider->loadDeviceTuningsForPort(port)) {
         devices.push_back(deviceTuning->getDevice());
@@ -359,7 +372,12 @@ std::vector<std::string> SxContext::getAvailableTuningDevice(Port port) {
 }
 
 std::string SxContext::getDefaultTuningDevice(Port port) {
-    std::vector<std::string> available = getAvailableTuningDevice(port);
+    ContextLock lock(mLock);
+    return defaultTuningDeviceLocked(port);
+}
+
+std::string SxContext::defaultTuningDeviceLocked(Port port) {
+    std::vector<std::string> available = availableTuningDevicesLocked(port);
     std::string name = portName(port);
     for (const std::string& device : available) {
         if (device.rfind(kDefaultDevicePrefix, 0) == 0) return device;
@@ -372,7 +390,7 @@ std::string SxContext::getDefaultTuningDevice(Port port) {
 bool SxContext::setSelectedTuning(Port port, const std::string& device, bool force) {
     ContextLock lock(mLock);
     if (!force && mSelectedTuningDevices[port] == device) return true;
-    std::vector<std::string> available = getAvailableTuningDevice(port);
+    std::vector<std::string> available = availableTuningDevicesLocked(port);
     if (std::find(available.begin(), available.end(), device) == available.end()) {
         __android_log_print(ANDROID_LOG_ERROR, kTag,
                             "%s is not a valid tuning device for port %s, please call "

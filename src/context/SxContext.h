@@ -20,7 +20,9 @@ class Provider;
 // profile, one ProfileContext per profile and the tuning selected per port.
 // Setters change memory only; the save operations write through the provider.
 // Notifications are raised after the lock is released, so observers may read
-// the context back through its locking getters.
+// the context back through its locking getters. The per-port selection is
+// read by binder threads while the event thread changes it, so its getters
+// and reloadTuning take the lock as well.
 class SxContext {
   public:
     static const std::set<Port> kSupportedPorts;
@@ -91,6 +93,8 @@ class SxContext {
     void loadProfiles(int selectedId);
     std::vector<Port> portsOnEndpoint(Endpoint endpoint) const;
     Tuning* selectedTuningLocked(Port port) const;
+    std::vector<std::string> availableTuningDevicesLocked(Port port);
+    std::string defaultTuningDeviceLocked(Port port);
     void saveProfilesLocked();
     void setIeqPresetLocked(ContextLock& lock, int id, Endpoint endpoint, ProfileEndpoint* pe,
                             std::vector<int>& values);

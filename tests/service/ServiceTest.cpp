@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "FakeClient.h"
@@ -316,6 +318,33 @@ TEST_F(ServiceTest, DumpAfterInitialisation) {
             "Is Mono Speaker : false\n",
             dumpOf(*service));
     service->unregisterClient(ui, 0, 700);
+}
+
+// Binder threads read the tuning selection while the event thread changes it.
+TEST_F(ServiceTest, ReadersRunBesideTheEventThread) {
+    sp<FakeClient> ui = new FakeClient();
+    registerAndSettle(ui, 0, 850);
+    const int port = static_cast<int>(vessa::Port::HEADPHONE);
+    const std::string devices[] = {"default_headphone", "wired_in_ear"};
+    std::atomic<bool> done{false};
+    std::thread reader([&] {
+        while (!done) {
+            std::string device = service->getSelectedTuningDevice(port);
+            EXPECT_TRUE(device == devices[0] || device == devices[1]) << device;
+            service->getAvailableTuningDevicesLen(port);
+            service->getIntParam(fourCC("SPKM"));
+        }
+    });
+    size_t before = ui->updateCount();
+    for (int i = 0; i < 40; ++i) {
+        const std::string& device = devices[(i + 1) % 2];
+        service->setSelectedTuningDevice(port, device.data(), static_cast<int>(device.size()));
+    }
+    EXPECT_TRUE(ui->waitForUpdates(before + 40));
+    done = true;
+    reader.join();
+    EXPECT_EQ(devices[0], service->getSelectedTuningDevice(port));
+    service->unregisterClient(ui, 0, 850);
 }
 
 TEST_F(ServiceTest, MalformedBuffersNeverBreakTheService) {
