@@ -1,138 +1,108 @@
-// vessad, vessactl and other clients as separate processes on a private bus.
+// vessad, vessactl, busctl and other clients as separate processes on a private bus.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
+#include <pwd.h>
+#include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <thread>
-
-#include "ChildProcess.h"
 #include "PqsClient.h"
 #include "PqsRequest.h"
 #include "PrivateBus.h"
-#include "TempDir.h"
 #include "dbus/PqsNames.h"
 #include "service/FourCC.h"
 
 namespace vessa::test {
 namespace {
 
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
 using namespace std::chrono_literals;
+using Args = std::vector<std::string>;
 using Bytes = std::vector<uint8_t>;
-
-constexpr const char* kDefaultTuning = "/odm/etc/vessa/multimedia_vessa_zan_default.xml";
-constexpr const char* kOemTuning = "/data/vendor/vessa/zan-extra.xml";
-
-std::string readSource(const std::string& relative) {
-    std::ifstream in(sourcePath(relative), std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// Polls `condition` until it holds or the time is up.
-template <typename Condition>
-bool eventually(Condition condition, std::chrono::milliseconds timeout = 5s) {
-    auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(20ms);
-    }
-    return true;
-}
 
 class EndToEndTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        ASSERT_FALSE(bus.address().empty()) << bus.error();
-        dir.write("root" + std::string(kDefaultTuning),
-                  readSource("etc/multimedia_vessa_zan_default.xml"));
-    }
+    void SetUp() override { ASSERT_FALSE(bus.address().empty()) << bus.error(); }
 
-    void installOemTuning() {
-        dir.write("root" + std::string(kOemTuning), readSource("etc/zan-extra.xml"));
+    Args vessadArgs(const PrivateBus& on) const {
+        return {VESSAD_PATH, "--root", dir, "--bus", on.address()};
     }
+    Args ctlArgs(Args args) const {
+        args.insert(args.begin(), {VESSACTL_PATH, "--bus", bus.address()});
+        return args;
+    }
+    ChildProcess::Result run(const Args& argv) const { return ChildProcess::run(argv, dir); }
 
     void startService() {
-        vessad = std::make_unique<ChildProcess>();
-        ASSERT_TRUE(vessad->start({VESSAD_PATH, "--root", root(), "--bus", bus.address()},
-                                  dir.path(), "vessad"));
-        ASSERT_TRUE(bus.waitForOwner(kPqsServiceName, 10s)) << vessad->err();
+        vessad = std::make_unique<ChildProcess>(vessadArgs(bus), dir);
+        ASSERT_TRUE(bus.waitForOwner(kPqsServiceName)) << vessad->err();
     }
-
-    // SIGTERM, then the exit status; the name must be released.
+    // SIGTERM, then the exit code; the name must be released.
     int stopService() {
         int status = vessad->stop(SIGTERM);
-        EXPECT_TRUE(bus.waitForOwner(kPqsServiceName, 5s, false));
+        EXPECT_TRUE(bus.waitForOwner(kPqsServiceName, false));
         return status;
     }
 
-    ChildProcess::Result vessactl(std::vector<std::string> args) {
-        args.insert(args.begin(), {VESSACTL_PATH, "--bus", bus.address()});
-        return ChildProcess::run(args, dir.path());
-    }
-
-    // The output of a command that must succeed.
-    std::string ctl(const std::vector<std::string>& args) {
-        ChildProcess::Result result = vessactl(args);
+    // The output of a vessactl command that must succeed.
+    std::string ctl(const Args& args) const {
+        ChildProcess::Result result = run(ctlArgs(args));
         EXPECT_EQ(0, result.exitCode)
                 << "vessactl " << args[0] << ": " << result.err << "\nvessad log:\n"
                 << (vessad ? vessad->err() : "");
         return result.out;
     }
 
-    ChildProcess::Result busctl(const std::vector<std::string>& args) {
-        std::vector<std::string> argv = {
-                "/usr/bin/busctl", "--address=" + bus.address(),           "call", kPqsServiceName,
-                kPqsObjectPath,    PqsClient::ServiceCalls::INTERFACE_NAME};
-        argv.insert(argv.end(), args.begin(), args.end());
-        return ChildProcess::run(argv, dir.path());
-    }
-
-    // A client inside the test process.
-    std::unique_ptr<PqsClient> connectClient() {
+    std::unique_ptr<PqsClient> connectClient() const {
         auto client = std::make_unique<PqsClient>(bus.address());
         std::string error;
         EXPECT_TRUE(client->connect(&error)) << error;
         return client;
     }
 
-    int64_t intParam(PqsClient& client, const char (&code)[5]) {
-        return client.service().getIntParam(android::fourCC(code));
-    }
-
-    std::string root() const { return dir.path() + "/root"; }
-
-    TempDir dir;
-    PrivateBus bus{dir.path()};
+    SampleRoot root;  // the device root with the default tuning file; the test's files too
+    const std::string dir = root.dir.path();
+    PrivateBus bus{dir};
     std::unique_ptr<ChildProcess> vessad;
 };
 
-TEST_F(EndToEndTest, VessactlChangesReachEveryRegisteredClient) {
+TEST_F(EndToEndTest, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
     startService();
-    ChildProcess watcher;
-    ASSERT_TRUE(watcher.start({VESSACTL_PATH, "--bus", bus.address(), "--uid", "5000", "watch"},
-                              dir.path(), "watch"));
-    ASSERT_TRUE(watcher.waitForOutput("clients changed\n", 10s)) << watcher.err();
+    ChildProcess watcher(ctlArgs({"--uid", "5000", "watch"}), dir);
+    ASSERT_TRUE(watcher.waitForOutput("clients changed\n")) << watcher.err();
     std::unique_ptr<PqsClient> inProcess = connectClient();
     inProcess->registerClient(0, 6000);
+    EXPECT_THAT(ctl({"devices", "bluetooth"}), Not(HasSubstr("bt_neckband_x1")));
+    root.installOem(root.sampleOem());
 
-    EXPECT_EQ("effect off\n", ctl({"off"}));
-    EXPECT_EQ("profile 2 Music\n", ctl({"profile", "2"}));
-    // Out of range: the service clamps what it stores, but echoes the request.
-    EXPECT_EQ("108 dialog-enhancer-amount: 16\n", ctl({"set", "2", "108", "20"}));
-    EXPECT_EQ("105 dialog-enhancer-enable (port 3 headphone): 0\n",
-              ctl({"port-set", "2", "headphone", "105", "0"}));
-    EXPECT_EQ("port 0 internal_speaker: internal_speaker_quad\n",
-              ctl({"select", "0", "internal_speaker_quad"}));
-
-    for (const char* line :
-         {"effect off\n", "profile 2 selected\n", "profile 2: 108 dialog-enhancer-amount = 20\n",
-          "profile 2, port 3 headphone: 105 dialog-enhancer-enable = 0\n",
-          "tuning device selected: internal_speaker_quad\n"}) {
-        EXPECT_TRUE(watcher.waitForOutput(line, 5s)) << line << " missing in:\n" << watcher.out();
+    // Each command's answer, and what the watching client prints when called back.
+    struct Step {
+        Args args;
+        const char* answer;
+        const char* heard;
+    };
+    for (const Step& step : std::vector<Step>{
+                 {{"off"}, "effect off\n", "effect off\n"},
+                 {{"profile", "2"}, "profile 2 Music\n", "profile 2 selected\n"},
+                 // Out of range: the service clamps what it stores, but echoes the request.
+                 {{"set", "2", "108", "20"},
+                  "108 dialog-enhancer-amount: 16\n",
+                  "profile 2: 108 dialog-enhancer-amount = 20\n"},
+                 {{"port-set", "2", "headphone", "105", "0"},
+                  "105 dialog-enhancer-enable (port 3 headphone): 0\n",
+                  "profile 2, port 3 headphone: 105 dialog-enhancer-enable = 0\n"},
+                 {{"select", "0", "internal_speaker_quad"},
+                  "port 0 internal_speaker: internal_speaker_quad\n",
+                  "tuning device selected: internal_speaker_quad\n"},
+                 // "RLTF" reads the OEM file: its devices join the lists.
+                 {{"reload"}, "tuning reloaded\n", "parameters changed (tuning reloaded)\n"},
+                 {{"select", "bluetooth", "bt_neckband_x1"},
+                  "port 4 bluetooth: bt_neckband_x1\n",
+                  "tuning device selected: bt_neckband_x1\n"}}) {
+        EXPECT_EQ(step.answer, ctl(step.args));
+        EXPECT_TRUE(watcher.waitForOutput(step.heard)) << step.heard << "missing in:\n"
+                                                       << watcher.out();
     }
     // The in-process client got the applied blob, word 1 holding the selected profile.
     Bytes update;
@@ -141,14 +111,19 @@ TEST_F(EndToEndTest, VessactlChangesReachEveryRegisteredClient) {
             5s, &update));
     EXPECT_EQ(2, PqsRequest::word(update, 1));
 
-    std::string status = ctl({"status"});
-    EXPECT_NE(std::string::npos, status.find("effect   off\n")) << status;
-    EXPECT_NE(std::string::npos, status.find("profile  2 Music (5 profiles)\n")) << status;
-    std::string dump = ctl({"dump"});
-    EXPECT_NE(std::string::npos, dump.find("ZAN Status : off\n")) << dump;
-    EXPECT_NE(std::string::npos, dump.find("Profile ID : 2\n")) << dump;
-    EXPECT_NE(std::string::npos,
-              ctl({"devices", "internal_speaker"}).find("* internal_speaker_quad\n"));
+    EXPECT_THAT(ctl({"status"}),
+                AllOf(HasSubstr("effect   off\n"), HasSubstr("profile  2 Music (5 profiles)\n")));
+    EXPECT_THAT(ctl({"dump"}),
+                AllOf(HasSubstr("ZAN Status : off\n"), HasSubstr("Profile ID : 2\n")));
+    EXPECT_THAT(ctl({"devices", "internal_speaker"}), HasSubstr("* internal_speaker_quad\n"));
+    ChildProcess::Result unknown = run(ctlArgs({"select", "bluetooth", "no_such_device"}));
+    EXPECT_EQ(1, unknown.exitCode);
+    EXPECT_THAT(unknown.err, HasSubstr("is not one of its tuning devices"));
+    // The store lists the committed effect parameters by code.
+    ctl({"on"});
+    ctl({"set", "2", "105", "0"});
+    EXPECT_THAT(ctl({"store"}), HasSubstr("0x2 DEON 0\n"));
+    EXPECT_EQ("", ctl({"store", "--pending"}));
 
     inProcess.reset();
     EXPECT_EQ(0, watcher.stop(SIGINT)) << watcher.err();
@@ -158,27 +133,36 @@ TEST_F(EndToEndTest, VessactlChangesReachEveryRegisteredClient) {
 TEST_F(EndToEndTest, KilledDecoderClientIsRemoved) {
     startService();
     std::unique_ptr<PqsClient> probe = connectClient();
-    EXPECT_EQ(0, intParam(*probe, "DCCP"));
-
-    ChildProcess decoder;
-    ASSERT_TRUE(decoder.start(
-            {VESSACTL_PATH, "--bus", bus.address(), "--type", "2", "--uid", "1013", "watch"},
-            dir.path(), "decoder"));
-    ASSERT_TRUE(decoder.waitForOutput("clients changed\n", 10s)) << decoder.err();
-    EXPECT_EQ(1, intParam(*probe, "DCCP"));
-    EXPECT_EQ(2, intParam(*probe, "LCTP"));
+    auto intParam = [&probe](const char(&code)[5]) {
+        return probe->service().getIntParam(android::fourCC(code));
+    };
+    EXPECT_EQ(0, intParam("DCCP"));
+    ChildProcess decoder(ctlArgs({"--type", "2", "--uid", "1013", "watch"}), dir);
+    ASSERT_TRUE(decoder.waitForOutput("clients changed\n")) << decoder.err();
+    EXPECT_EQ(1, intParam("DCCP"));
+    EXPECT_EQ(2, intParam("LCTP"));
 
     decoder.stop(SIGKILL);
-    EXPECT_TRUE(eventually([&] { return intParam(*probe, "DCCP") == 0; })) << vessad->err();
-    EXPECT_EQ(2, intParam(*probe, "LCTP"));
+    EXPECT_TRUE(eventually([&] { return intParam("DCCP") == 0; })) << vessad->err();
+    EXPECT_EQ(2, intParam("LCTP"));
     // The dead client is out of the table: the same key can register again.
     probe->registerClient(2, 1013);
-    EXPECT_EQ(1, intParam(*probe, "DCCP"));
-    EXPECT_EQ(std::string::npos, vessad->err().find("register uid already existing"));
+    EXPECT_EQ(1, intParam("DCCP"));
+    EXPECT_THAT(vessad->err(), Not(HasSubstr("register uid already existing")));
 }
 
-TEST_F(EndToEndTest, StatePersistsAcrossARestart) {
+TEST_F(EndToEndTest, StatePersistsAcrossARestartAndOneDaemonServesTheBus) {
+    ChildProcess::Result missing = run(ctlArgs({"status"}));
+    EXPECT_EQ(1, missing.exitCode);
+    EXPECT_THAT(missing.err, HasSubstr("is not running on the bus at"));
+    ChildProcess::Result typo = run(ctlArgs({"stauts"}));
+    EXPECT_EQ(2, typo.exitCode);
+    EXPECT_THAT(typo.err, HasSubstr("unknown command 'stauts'"));
+
     startService();
+    ChildProcess::Result second = run(vessadArgs(bus));
+    EXPECT_EQ(1, second.exitCode);
+    EXPECT_THAT(second.err, HasSubstr("the name has an owner already"));
     ctl({"off"});
     ctl({"profile", "3"});
     // A game client leaving does not save; the daemon's clean stop must.
@@ -186,114 +170,115 @@ TEST_F(EndToEndTest, StatePersistsAcrossARestart) {
     ASSERT_EQ(0, stopService()) << vessad->err();
 
     startService();
-    std::string status = ctl({"status"});
-    EXPECT_NE(std::string::npos, status.find("effect   off\n")) << status;
-    EXPECT_NE(std::string::npos, status.find("profile  3 Voice")) << status;
+    EXPECT_THAT(ctl({"status"}), AllOf(HasSubstr("effect   off\n"), HasSubstr("profile  3 Voice")));
     EXPECT_EQ("115 reverb-suppression-amount: 7\n", ctl({"get", "3", "115"}));
 }
 
-TEST_F(EndToEndTest, ReloadWithAnOemFileAddsDevices) {
+// busctl, a client we did not write, and bad input: each call gets a neutral
+// answer or a D-Bus error, and the service goes on.
+TEST_F(EndToEndTest, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStaysUp) {
     startService();
-    std::string before = ctl({"devices", "bluetooth"});
-    EXPECT_EQ(std::string::npos, before.find("bt_neckband_x1")) << before;
-    ChildProcess watcher;
-    ASSERT_TRUE(
-            watcher.start({VESSACTL_PATH, "--bus", bus.address(), "watch"}, dir.path(), "watch"));
-    ASSERT_TRUE(watcher.waitForOutput("clients changed\n", 10s)) << watcher.err();
-
-    installOemTuning();
-    EXPECT_EQ("tuning reloaded\n", ctl({"reload"}));
-    EXPECT_TRUE(watcher.waitForOutput("parameters changed (tuning reloaded)\n", 5s));
-    std::string after = ctl({"devices", "bluetooth"});
-    EXPECT_NE(std::string::npos, after.find("  bt_neckband_x1\n")) << after;
-    EXPECT_EQ("port 4 bluetooth: bt_neckband_x1\n", ctl({"select", "bluetooth", "bt_neckband_x1"}));
-    ChildProcess::Result unknown = vessactl({"select", "bluetooth", "no_such_device"});
-    EXPECT_EQ(1, unknown.exitCode);
-    EXPECT_NE(std::string::npos, unknown.err.find("is not one of its tuning devices"));
-    watcher.stop(SIGINT);
+    struct Call {
+        Args args;
+        std::string output;  // busctl's output, or the start of its error
+    };
+    auto check = [this](const std::vector<Call>& calls) {
+        for (const Call& call : calls) {
+            Args argv = {"/usr/bin/busctl",
+                         "--address=" + bus.address(),
+                         "call",
+                         kPqsServiceName,
+                         kPqsObjectPath,
+                         PqsClient::ServiceCalls::INTERFACE_NAME,
+                         "--"};
+            argv.insert(argv.end(), call.args.begin(), call.args.end());
+            ChildProcess::Result r = run(argv);
+            EXPECT_EQ(call.output, r.exitCode == 0 ? r.out : r.err.substr(0, r.err.find(" to ")))
+                    << call.args[0] << " " << call.args.back();
+        }
+    };
+    const std::string channelCount = std::to_string(android::fourCC("CHCT"));
+    // Before any client registered.
+    check({{{"getIntParam", "u", channelCount}, "x 2\n"},
+           {{"getProfileName", "i", "1"}, "s \"\"\n"},
+           {{"setAupParam", "ay", "4", "0", "0", "0", "1"}, "i -19\n"},
+           {{"getStoredParams", "b", "true"}, "ia(uuai) 0 0\n"},
+           {{"getIntParam", "s", "CHCT"}, "Call failed: Invalid arguments 's'"},
+           {{"setAupParam", "i", "5"}, "Call failed: Invalid arguments 'i'"}});
+    ctl({"status"});  // the first registered client starts the manager
+    check({{{"getProfileName", "i", "1"}, "s \"Movie\"\n"},
+           {{"getProfileName", "i", "-3"}, "s \"\"\n"},
+           {{"getAvailableTuningDevicesLen", "i", "-1"}, "i 0\n"},
+           {{"getAvailableTuningDevices", "ii", "99", "3"}, "ay 3 0 0 0\n"},
+           {{"getAvailableTuningDevices", "ii", "0", "-5"}, "ay 0\n"},
+           {{"getAvailableTuningDevices", "ii", "0", "1073741824"}, "ay 0\n"},
+           {{"getSelectedTuningDevice", "i", "7"}, "s \"\"\n"},
+           {{"setSelectedTuningDevice", "iay", "-1", "1", "120"}, ""},
+           {{"setSelectedTuningDevice", "iay", "0", "0"}, ""},
+           {{"getAupParam", "ayu", "0", "2147483648"}, "iay -22 0\n"},
+           // A short request reads as zeros: command 0, the on/off state.
+           {{"getAupParam", "ayu", "2", "0", "0", "8"}, "iay 0 8 1 0 0 0 0 0 0 0\n"},
+           {{"setAupParam", "ay", "5", "0", "0", "0", "1", "9"}, "i 0\n"},
+           {{"setParam", "uuai", "2", std::to_string(android::fourCC("DEON")), "0"}, "i 0\n"},
+           {{"commitChange"}, "i 0\n"}});
+    EXPECT_EQ(-22, connectClient()->service().setAupParam(Bytes(64 * 1024 + 4, 0)));
+    check({{{"getIntParam", "u", channelCount}, "x 2\n"}});
+    EXPECT_EQ(0, stopService()) << vessad->err();
 }
 
-TEST_F(EndToEndTest, BusctlCallsTheRunningService) {
-    startService();
-    ChildProcess::Result channels =
-            busctl({"getIntParam", "u", std::to_string(android::fourCC("CHCT"))});
-    EXPECT_EQ(0, channels.exitCode) << channels.err;
-    EXPECT_EQ("x 2\n", channels.out);
-    // Profile names need the manager, which the first registered client starts.
-    ctl({"status"});
-    ChildProcess::Result name = busctl({"getProfileName", "i", "1"});
-    EXPECT_EQ(0, name.exitCode) << name.err;
-    EXPECT_EQ("s \"Movie\"\n", name.out);
-    ChildProcess::Result wrongType = busctl({"getIntParam", "s", "CHCT"});
-    EXPECT_NE(0, wrongType.exitCode);
-    EXPECT_EQ("x 2\n", busctl({"getIntParam", "u", std::to_string(android::fourCC("CHCT"))}).out);
-}
+// The system-bus policy in etc/ on a daemon with the system bus's default rules:
+// nothing may be owned and no method called unless a service's policy opens it.
+constexpr const char* kSystemBusDefaults = R"(<!DOCTYPE busconfig PUBLIC
+ "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>system</type>
+  <auth>EXTERNAL</auth>
+  <listen>unix:tmpdir=/tmp</listen>
+  <policy context="default">
+    <allow user="*"/>
+    <deny own="*"/>
+    <deny send_type="method_call"/>
+    <allow send_type="signal"/>
+    <allow send_requested_reply="true" send_type="method_return"/>
+    <allow send_requested_reply="true" send_type="error"/>
+    <allow receive_type="method_call"/>
+    <allow receive_type="method_return"/>
+    <allow receive_type="error"/>
+    <allow receive_type="signal"/>
+    <allow send_destination="org.freedesktop.DBus" send_interface="org.freedesktop.DBus"/>
+  </policy>
+)";
 
-TEST_F(EndToEndTest, BadInputOverTheBusGetsNeutralAnswersAndTheServiceStaysUp) {
-    startService();
-    std::unique_ptr<PqsClient> client = connectClient();
-    client->registerClient(0, 42);
-    PqsClient::ServiceCalls& service = client->service();
+TEST_F(EndToEndTest, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyoneIsServed) {
+    const char* setpriv = "/usr/bin/setpriv";
+    if (getuid() != 0 || getpwnam("nobody") == nullptr || access(setpriv, X_OK) != 0) {
+        GTEST_SKIP() << "needs root, the user nobody and setpriv";
+    }
+    chmod(dir.c_str(), 0755);  // the socket must be reachable by nobody
+    PrivateBus system(
+            dir + "/system",
+            root.dir.write("system/bus.conf",
+                           kSystemBusDefaults + std::string("<include>") +
+                                   sourcePath("etc/vendor.vessa_v3_6.hardware.pqs360.conf") +
+                                   "</include></busconfig>\n"));
+    ASSERT_FALSE(system.address().empty()) << system.error();
+    auto asNobody = [setpriv](const Args& argv) {
+        Args prefixed = {setpriv, "--reuid=nobody", "--regid=nogroup", "--clear-groups"};
+        prefixed.insert(prefixed.end(), argv.begin(), argv.end());
+        return prefixed;
+    };
+    ChildProcess::Result intruder = run(asNobody(vessadArgs(system)));
+    EXPECT_EQ(1, intruder.exitCode);
+    EXPECT_THAT(intruder.err, HasSubstr("cannot serve"));
 
-    EXPECT_EQ(-22, service.setAupParam(Bytes(64 * 1024 + 4, 0)));
-    auto [oversized, nothing] =
-            service.getAupParam(PqsRequest::query(PqsRequest::kQueryOnOff), 1u << 31);
-    EXPECT_EQ(-22, oversized);
-    EXPECT_TRUE(nothing.empty());
-    // A short request reads as zeros: command 0, the on/off state.
-    auto [shortStatus, shortAnswer] = service.getAupParam(Bytes{0, 0}, 8);
-    EXPECT_EQ(0, shortStatus);
-    EXPECT_EQ(8u, shortAnswer.size());
-    EXPECT_TRUE(service.getAvailableTuningDevices(0, -5).empty());
-    EXPECT_EQ(Bytes(3, 0), service.getAvailableTuningDevices(99, 3));
-    EXPECT_EQ(0, service.getAvailableTuningDevicesLen(-1));
-    EXPECT_EQ("", service.getSelectedTuningDevice(7));
-    EXPECT_EQ("", service.getProfileName(-3));
-    service.setSelectedTuningDevice(-1, Bytes{'x'});
-    service.setSelectedTuningDevice(0, Bytes{});
-    // A blob of a few bytes and one with an unknown command are applied as nothing
-    // but still reach the clients.
-    EXPECT_EQ(0, service.setAupParam(Bytes{0, 0, 0, 1, 9}));
-    EXPECT_EQ(0, service.setAupParam(Bytes{0, 0, 0, 99, 0, 0, 0, 0}));
-    EXPECT_TRUE(client->waitForUpdate(
-            [](const Bytes& b) { return PqsRequest::blobCommand(b) == 99; }, 5s));
-    EXPECT_EQ(0, service.setParam(0x2, 0x6e6f6564, {}));
-    EXPECT_EQ(0, service.commitChange());
-
-    ChildProcess::Result status = vessactl({"status"});
-    EXPECT_EQ(0, status.exitCode) << status.err << vessad->err();
-    EXPECT_TRUE(vessad->running());
-}
-
-TEST_F(EndToEndTest, StoreListsTheCommittedEffectParametersByCode) {
-    startService();
-    ctl({"on"});
-    std::string before = ctl({"store"});
-    EXPECT_NE(std::string::npos, before.find("0x2 DEON ")) << before;
-    ctl({"set", "0", "105", "0"});
-    ctl({"set", "0", "105", "1"});
-    std::string store = ctl({"store"});
-    EXPECT_NE(std::string::npos, store.find("0x2 DEON 1\n")) << store;
-    EXPECT_EQ("", ctl({"store", "--pending"}));
-}
-
-TEST_F(EndToEndTest, ASecondDaemonOnTheSameBusIsRefused) {
-    startService();
-    ChildProcess::Result second =
-            ChildProcess::run({VESSAD_PATH, "--root", root(), "--bus", bus.address()}, dir.path());
-    EXPECT_EQ(1, second.exitCode);
-    EXPECT_NE(std::string::npos, second.err.find("the name has an owner already")) << second.err;
-    std::unique_ptr<PqsClient> client = connectClient();
-    EXPECT_EQ(2, intParam(*client, "CHCT"));
-}
-
-TEST_F(EndToEndTest, VessactlExplainsAMissingService) {
-    ChildProcess::Result result = vessactl({"status"});
-    EXPECT_EQ(1, result.exitCode);
-    EXPECT_NE(std::string::npos, result.err.find("is not running on the bus at")) << result.err;
-    ChildProcess::Result typo = vessactl({"stauts"});
-    EXPECT_EQ(2, typo.exitCode);
-    EXPECT_NE(std::string::npos, typo.err.find("unknown command 'stauts'")) << typo.err;
+    ChildProcess owner(vessadArgs(system), dir);
+    ASSERT_TRUE(system.waitForOwner(kPqsServiceName)) << owner.err();
+    // vessactl answers only once the service's echo of its request has come back.
+    ChildProcess::Result client = run(asNobody({VESSACTL_PATH, "--bus", system.address(), "off"}));
+    EXPECT_EQ(0, client.exitCode) << client.err << owner.err();
+    EXPECT_EQ("effect off\n", client.out);
+    EXPECT_EQ(0, owner.stop(SIGTERM)) << owner.err();
 }
 
 }  // namespace
