@@ -39,6 +39,17 @@ uint32_t packParameterCode(const char* code) {
     return id;
 }
 
+std::string unpackParameterCode(uint32_t id) {
+    std::string code;
+    for (size_t i = 0; i < kMaxCodeLength; ++i) {
+        char c = static_cast<char>((id >> (8 * i)) & 0xff);
+        if (c == 0) break;
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        code += c;
+    }
+    return code;
+}
+
 int32_t aupParameterId(AupParameter p) {
     return static_cast<int32_t>(packParameterCode(aupParameterCode(p)));
 }

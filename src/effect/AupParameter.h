@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace vessa {
 
@@ -29,6 +30,9 @@ const char* aupParameterCode(AupParameter p);
 // empty code or one longer than four characters gives 0.
 uint32_t packParameterCode(const char* code);
 
+// The code an identifier stands for, read back from its bytes and shown in
+// upper case ("DVLE" for 0x656C7664); stops at the first zero byte.
+std::string unpackParameterCode(uint32_t id);
 // packParameterCode of the parameter's code, as the 32-bit word of a batch.
 int32_t aupParameterId(AupParameter p);
 

@@ -21,11 +21,7 @@ constexpr const char* kManagerTag = "SxContextManager";
 constexpr const char* kUpdated = "Tuning XML file has been updated";
 
 std::string codeOf(uint32_t id) {
-    std::string code;
-    for (int i = 0; i < 4 && (id >> (8 * i)) != 0; ++i) {
-        code += static_cast<char>(toupper(static_cast<int>((id >> (8 * i)) & 0xff)));
-    }
-    return code;
+    return unpackParameterCode(id);
 }
 
 std::vector<std::string> codesFor(const std::vector<AupParamCache>& entries, uint32_t device) {

@@ -20,6 +20,13 @@ TEST(AupParameterTest, IdentifierIsTheLowerCasedCodeLittleEndian) {
     EXPECT_EQ(0x5F623161u, packParameterCode("A1b_"));  // only A-Z fold
     EXPECT_EQ(0u, packParameterCode(""));
     EXPECT_EQ(0u, packParameterCode("DVLEX"));
+    // Read back for display: every code of the table survives the round trip.
+    for (int i = 0; i < kNumAupParameters; ++i) {
+        AupParameter p = static_cast<AupParameter>(i);
+        EXPECT_EQ(aupParameterCode(p),
+                  unpackParameterCode(static_cast<uint32_t>(aupParameterId(p))));
+    }
+    EXPECT_EQ("", unpackParameterCode(0));
     EXPECT_EQ(0x006D6F64, aupParameterId(P::DOM));
     EXPECT_STREQ("BMDT", aupParameterCode(static_cast<P>(80)));
     EXPECT_STREQ("", aupParameterCode(static_cast<P>(kNumAupParameters)));

@@ -1,6 +1,5 @@
 #include "ParameterTable.h"
 
-#include <cctype>
 #include <cstdlib>
 
 #include "model/Vocabulary.h"
@@ -78,16 +77,6 @@ const ParameterTable::IntCode* ParameterTable::intCodes(int* count) {
 
 uint32_t ParameterTable::packIntCode(const IntCode& code) {
     return android::fourCC(code.code);
-}
-
-std::string ParameterTable::effectCodeName(uint32_t id) {
-    std::string name;
-    for (int shift = 0; shift < 32; shift += 8) {
-        char c = static_cast<char>((id >> shift) & 0xff);
-        if (c == 0) break;
-        name += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    }
-    return name;
 }
 
 int ParameterTable::parsePort(const std::string& text) {

@@ -30,10 +30,6 @@ class ParameterTable {
     static const IntCode* intCodes(int* count);
     static uint32_t packIntCode(const IntCode& code);
 
-    // An effect parameter identifier as its code: the letters are packed
-    // little-endian and lower-cased, so 0x6e6f6564 reads "DEON".
-    static std::string effectCodeName(uint32_t id);
-
     // The port number for a number or a port name ("headphone"); -1 if neither.
     static int parsePort(const std::string& text);
     static const char* portName(int port);

@@ -11,6 +11,7 @@
 
 #include "ParameterTable.h"
 #include "dbus/StopSignals.h"
+#include "effect/AupParameter.h"
 #include "service/FourCC.h"
 
 namespace vessa {
@@ -442,7 +443,7 @@ int VessaCtl::store(const Args& args) {
     char device[16];
     for (const auto& entry : entries) {
         snprintf(device, sizeof(device), "0x%x", entry.get<0>());
-        mOut << device << " " << ParameterTable::effectCodeName(entry.get<1>()) << " "
+        mOut << device << " " << vessa::unpackParameterCode(entry.get<1>()) << " "
              << joined(entry.get<2>()) << "\n";
     }
     mOut.flush();
