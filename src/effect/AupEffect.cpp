@@ -27,6 +27,9 @@ void AupEffect::sendSharedStore(void* data, unsigned int size) {
         return;
     }
     parser.begin();
+    // Held for the whole batch: no client's setParam or commitChange can land
+    // between its entries, so the effect sees all of it at once or none.
+    AupParamStore::Batch batch(AupParamStore::getInstance());
     // The store is looked up for every entry and once more for the end of the
     // batch; that last look-up is the one that commits.
     AupParamStore* store = nullptr;

@@ -1,19 +1,45 @@
+#define LOG_TAG "AupParamStore"
+
 #include "platform/AupParamStore.h"
+
+#include <errno.h>
+#include <log/log.h>
 
 ANDROID_SINGLETON_STATIC_INSTANCE(vessa::AupParamStore)
 
 namespace vessa {
 
-namespace {
-constexpr int kInvalidArgument = -22;
+AupParamStore::Batch::Batch(AupParamStore& store) : mStore(store) {
+    mStore.mLock.lock();
+    mStore.mInBatch = true;
+}
+
+AupParamStore::Batch::~Batch() {
+    mStore.mInBatch = false;
+    mStore.mLock.unlock();
 }
 
 int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t* values,
                             int count) {
-    if (count < 0 || (count > 0 && values == nullptr)) return kInvalidArgument;
-    android::Mutex::Autolock lock(mLock);
+    if (count < 0 || (count > 0 && values == nullptr)) return -EINVAL;
+    if (count > kMaxValues) {
+        ALOGE("setParam(0x%x, 0x%x): %d values refused, the limit is %d", device,
+              static_cast<uint32_t>(parameterId), count, kMaxValues);
+        return -E2BIG;
+    }
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     Key key(device, static_cast<uint32_t>(parameterId));
-    Slot& slot = mSlots[key];
+    auto found = mSlots.find(key);
+    if (found == mSlots.end()) {
+        size_t limit = mInBatch ? kMaxEntries : kMaxEntries - kReservedForBatches;
+        if (mSlots.size() >= limit) {
+            ALOGE("setParam(0x%x, 0x%x): refused, the store is full (%zu entries)", device,
+                  static_cast<uint32_t>(parameterId), mSlots.size());
+            return -ENOSPC;
+        }
+        found = mSlots.emplace(key, Slot()).first;
+    }
+    Slot& slot = found->second;
     slot.pending.assign(values, values + count);
     if (!slot.hasPending) {
         slot.hasPending = true;
@@ -24,7 +50,7 @@ int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t*
 }
 
 int AupParamStore::commitChange() {
-    android::Mutex::Autolock lock(mLock);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     for (Slot* slot : mPendingSlots) {
         // Swapping keeps both buffers' capacity for the next batch.
         slot->committed.swap(slot->pending);
@@ -41,7 +67,7 @@ int AupParamStore::commitChange() {
 
 template <typename Visit>
 void AupParamStore::forEachStored(bool committed, Visit visit) const {
-    android::Mutex::Autolock lock(mLock);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     for (const auto& [key, slot] : mSlots) {
         if (committed ? slot.hasCommitted : slot.hasPending) {
             visit(key, committed ? slot.committed : slot.pending);
@@ -51,7 +77,7 @@ void AupParamStore::forEachStored(bool committed, Visit visit) const {
 
 int AupParamStore::getStoredParams(android::KeyedVector<uint32_t, AupParamCache*>* out,
                                    bool committed, int* count) const {
-    if (out == nullptr || !out->isEmpty()) return kInvalidArgument;
+    if (out == nullptr || !out->isEmpty()) return -EINVAL;
     uint32_t rank = 0;
     forEachStored(committed, [&](const Key& key, const std::vector<int32_t>& values) {
         out->add(rank++, new AupParamCache(key.first, key.second, values));
@@ -75,7 +101,7 @@ std::vector<AupParamCache> AupParamStore::storedParams(bool committed) const {
 }
 
 std::vector<AupParamCache> AupParamStore::lastCommit() const {
-    android::Mutex::Autolock lock(mLock);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     std::vector<AupParamCache> out;
     out.reserve(mLastCommitKeys.size());
     for (const Key& key : mLastCommitKeys) {
@@ -85,12 +111,12 @@ std::vector<AupParamCache> AupParamStore::lastCommit() const {
 }
 
 uint64_t AupParamStore::getCommitCount() const {
-    android::Mutex::Autolock lock(mLock);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     return mCommitCount;
 }
 
 void AupParamStore::reset() {
-    android::Mutex::Autolock lock(mLock);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
     mSlots.clear();
     mPendingSlots.clear();
     mPendingKeys.clear();

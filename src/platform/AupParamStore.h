@@ -1,11 +1,11 @@
 #pragma once
 
 #include <utils/KeyedVector.h>
-#include <utils/Mutex.h>
 #include <utils/Singleton.h>
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -18,11 +18,36 @@ namespace vessa {
 // commitChange publishes everything pending at once, so a batch is seen whole
 // or not at all. One instance per process; every operation takes the store's
 // lock, so binder threads and the event thread may call it concurrently.
+//
+// The store is bounded: at most kMaxValues values per entry and kMaxEntries
+// entries, of which clients writing directly may fill all but
+// kReservedForBatches, so the effect's own codes (84 per device, 7 devices)
+// always fit. A listing therefore stays far below a bus message's limit.
 class AupParamStore : public android::Singleton<AupParamStore> {
   public:
+    static constexpr int kMaxValues = 1024;
+    static constexpr size_t kMaxEntries = 2048;
+    static constexpr size_t kReservedForBatches = 1024;
+
+    // Holds the store for one writer's batch: while it lives, setParam and
+    // commitChange from other threads wait, so the batch's commit publishes it
+    // whole and no one else's commit can publish part of it.
+    class Batch {
+      public:
+        explicit Batch(AupParamStore& store);
+        ~Batch();
+        Batch(const Batch&) = delete;
+        Batch& operator=(const Batch&) = delete;
+
+      private:
+        AupParamStore& mStore;
+    };
+
     // Stores `count` values for (device, parameterId) as pending; a later write
     // of the same pair before the commit replaces the earlier one.
-    // 0, or -22 for a negative count or null values with a positive count.
+    // 0; -EINVAL for a negative count or null values with a positive count;
+    // -E2BIG for more than kMaxValues values; -ENOSPC for a new entry in a full
+    // store. The last two log an error line.
     int setParam(uint32_t device, int32_t parameterId, const int32_t* values, int count);
 
     // Publishes every pending value. Always 0.
@@ -68,7 +93,10 @@ class AupParamStore : public android::Singleton<AupParamStore> {
     template <typename Visit>
     void forEachStored(bool committed, Visit visit) const;
 
-    mutable android::Mutex mLock;
+    // Recursive: a Batch holds it while its owner calls setParam and commitChange.
+    mutable std::recursive_mutex mLock;
+    // True while a Batch holds the lock (only its owner can see it so).
+    bool mInBatch = false;
     std::map<Key, Slot> mSlots;
     // Slots written since the last commit; map nodes never move, so the
     // pointers stay valid, and a commit touches only what changed.

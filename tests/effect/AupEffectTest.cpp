@@ -1,6 +1,9 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <set>
+#include <thread>
 #include <vector>
 
 #include "EffectTestUtil.h"
@@ -107,6 +110,38 @@ TEST_F(AupEffectTest, MalformedBatchIsRefusedWhole) {
     EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "AupEffect", kInvalid));
     EXPECT_EQ(0u, mStore.getCommitCount());
     EXPECT_TRUE(mStore.storedParams(false).empty());
+}
+
+// Another writer commits as fast as it can while the effect sends batches of
+// 400 entries, each batch holding one number everywhere: every published state
+// must hold a single number, never a mix of two batches.
+TEST_F(AupEffectTest, ForeignCommitsNeverPublishPartOfABatch) {
+    constexpr int kEntries = 400;
+    const uint32_t id = packParameterCode("DVLE");
+    std::atomic<bool> done{false};
+    std::thread foreign([&] {
+        int32_t value = -1;
+        while (!done) {
+            mStore.setParam(0x9, 1, &value, 1);
+            mStore.commitChange();
+            std::vector<AupParamCache> published = mStore.storedParams(true);
+            std::set<int32_t> numbers;
+            for (const AupParamCache& entry : published) {
+                if (entry.getDevice() != 0x9) numbers.insert(entry.getValues()[0]);
+            }
+            ASSERT_LE(numbers.size(), 1u) << *numbers.begin() << " and " << *numbers.rbegin();
+        }
+    });
+    for (int batch = 0; batch < 300; ++batch) {
+        std::vector<int> words = {0x40000000, kEntries};
+        for (int e = 0; e < kEntries; ++e) {
+            words.insert(words.end(), {0x2, static_cast<int>(id) + e, 1, batch});
+        }
+        mEffect.send(0, words);
+    }
+    done = true;
+    foreign.join();
+    EXPECT_EQ(size_t(kEntries + 1), mStore.storedParams(true).size());
 }
 
 }  // namespace

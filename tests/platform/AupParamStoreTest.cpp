@@ -1,9 +1,11 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 
 #include <thread>
 #include <vector>
 
 #include "platform/AupParamStore.h"
+#include "platform/LogCapture.h"
 
 namespace vessa {
 namespace {
@@ -21,8 +23,8 @@ class AupParamStoreTest : public ::testing::Test {
 
 TEST_F(AupParamStoreTest, ValuesBecomeVisibleOnlyAtCommit) {
     int32_t value = 1;
-    EXPECT_EQ(-22, mStore.setParam(0x2, 1, nullptr, 2));
-    EXPECT_EQ(-22, mStore.setParam(0x2, 1, &value, -1));
+    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, nullptr, 2));
+    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, &value, -1));
     ASSERT_EQ(0, set(0x8, 20, {1, 2}));
     ASSERT_EQ(0, set(0x2, 30, {3}));
     EXPECT_TRUE(mStore.storedParams(true).empty());
@@ -62,8 +64,8 @@ TEST_F(AupParamStoreTest, GetStoredParamsKeysByRankInUnsignedDeviceThenIdOrder) 
         EXPECT_EQ(expected[rank], *committed.valueAt(rank));
     }
     // Refused: a result that is not empty, or none at all.
-    EXPECT_EQ(-22, mStore.getStoredParams(&committed, false, &count));
-    EXPECT_EQ(-22, mStore.getStoredParams(nullptr, true, &count));
+    EXPECT_EQ(-EINVAL, mStore.getStoredParams(&committed, false, &count));
+    EXPECT_EQ(-EINVAL, mStore.getStoredParams(nullptr, true, &count));
     AupParamStore::releaseStoredParams(&committed);
     EXPECT_TRUE(committed.isEmpty());
 }
@@ -91,6 +93,30 @@ TEST_F(AupParamStoreTest, ConcurrentWritersAndCommitsLoseNothing) {
     }
     EXPECT_EQ(expected, mStore.storedParams(true));
     EXPECT_EQ(static_cast<uint64_t>(kThreads * (kWrites / 50) + 1), mStore.getCommitCount());
+}
+
+TEST_F(AupParamStoreTest, DirectWritersFillAllButTheRoomKeptForBatches) {
+    LogCapture log;
+    std::vector<int32_t> many(AupParamStore::kMaxValues + 1, 7);
+    EXPECT_EQ(-E2BIG, mStore.setParam(0x2, 1, many.data(), static_cast<int>(many.size())));
+    EXPECT_EQ(0, mStore.setParam(0x2, 1, many.data(), AupParamStore::kMaxValues));
+    const size_t direct = AupParamStore::kMaxEntries - AupParamStore::kReservedForBatches;
+    for (size_t id = 2; id <= direct; ++id) ASSERT_EQ(0, set(0x8, static_cast<int32_t>(id), {1}));
+    EXPECT_EQ(-ENOSPC, set(0x8, 0, {1}));
+    EXPECT_EQ(0, set(0x8, 2, {5}));  // a known entry may still change
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "AupParamStore",
+                             "setParam(0x8, 0x0): refused, the store is full (1024 entries)"));
+    EXPECT_TRUE(log.contains("AupParamStore", "setParam(0x2, 0x1): 1025 values refused, the "
+                                              "limit is 1024"));
+    {
+        AupParamStore::Batch batch(mStore);
+        for (size_t id = 0; id < AupParamStore::kReservedForBatches; ++id) {
+            ASSERT_EQ(0, set(0x4, static_cast<int32_t>(id), {2}));
+        }
+        EXPECT_EQ(-ENOSPC, set(0x4, -1, {2}));
+        mStore.commitChange();
+    }
+    EXPECT_EQ(AupParamStore::kMaxEntries, mStore.storedParams(true).size());
 }
 
 }  // namespace
