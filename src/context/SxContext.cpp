@@ -281,10 +281,12 @@ void SxContext::setProfileParameter(int id, Endpoint endpoint, Parameter p,
 }
 
 // Selecting an IEQ preset also switches the IEQ: preset 0 turns it off, any
-// other on. Only ports whose tuning is on the endpoint take part.
+// other on. Only ports whose tuning is on the endpoint take part. Without a
+// value there is no preset to select, and nothing changes.
 void SxContext::setIeqPresetLocked(ContextLock& lock, int id, Endpoint endpoint,
                                    ProfileEndpoint* pe, std::vector<int>& values) {
-    unsigned int preset = values.empty() ? 0u : static_cast<unsigned int>(values[0]);
+    if (values.empty()) return;
+    unsigned int preset = static_cast<unsigned int>(values[0]);
     for (Port port : portsOnEndpoint(endpoint)) {
         if (preset > 3) {
             __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): Invalid IEq preset %d",

@@ -27,6 +27,8 @@ SxManager::~SxManager() {
 }
 
 int SxManager::init() {
+    // A second call would build a second effect and controller on the same context.
+    if (mController != nullptr) return 0;
     mContext = SxContextManager::getInstance().getSxContext();
     if (mContext == nullptr) return -19;
     mSessionId = 0;

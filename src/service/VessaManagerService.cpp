@@ -4,6 +4,8 @@
 #include <unistd.h>
 #include <utils/SystemClock.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -66,7 +68,7 @@ void VessaManagerService::NotificationClient::onAupParamUpdate(const void* data,
 
 // ---- EventHandler ----
 
-VessaManagerService::EventHandler::EventHandler(vessa::SxManager* manager,
+VessaManagerService::EventHandler::EventHandler(SerializedManager* manager,
                                                 VessaManagerService* service)
     : mLooper(new ALooper()), mManager(manager), mService(service) {
     mLooper->setName(kLooperName);
@@ -112,7 +114,7 @@ void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& ms
             int32_t port = 0;
             if (msg->findBuffer("buffer", &buffer) && msg->findInt32("port", &port)) {
                 std::string name(reinterpret_cast<const char*>(buffer->data()), buffer->size());
-                mManager->setSelectedTuning(static_cast<vessa::Port>(port), name);
+                mManager->lock()->setSelectedTuning(static_cast<vessa::Port>(port), name);
                 payload = buffer->data();
                 length = buffer->size();
             }
@@ -136,30 +138,32 @@ void VessaManagerService::EventHandler::parseAndSendParam(void* blob, uint32_t l
     int32_t command = in.word(0);
     int32_t answer = 0;
     bool answered = true;
+    // One access for the whole blob: readers never see half of a command.
+    SerializedManager::Access manager = mManager->lock();
     if (command == blobCommand(0)) {
         answer = in.word(2);
-        mManager->setSxOn(answer > 0);
-        mManager->saveSxState();
+        manager->setSxOn(answer > 0);
+        manager->saveSxState();
     } else if (command == blobCommand(1)) {
         std::vector<int> values;
         for (uint32_t i = 0; length > 19 && i < (length - 16) / 4; ++i)
             values.push_back(in.word(4 + i));
-        mManager->setParameter(in.word(2), in.word(3), values);
+        manager->setParameter(in.word(2), in.word(3), values);
         answered = false;
     } else if (command == blobCommand(2)) {
         std::vector<int> values;
         for (uint32_t i = 0; length > 23 && i < (length - 20) / 4; ++i)
             values.push_back(in.word(5 + i));
-        mManager->setProfilePortParameter(in.word(2), in.word(3), in.word(4), values);
+        manager->setProfilePortParameter(in.word(2), in.word(3), in.word(4), values);
         answered = false;
     } else if (command == blobCommand(10)) {
         answer = in.word(2);
-        if (mManager->setSelectedProfile(answer) && mManager->getSelectedProfile() == answer) {
-            mManager->saveSxProfile();
+        if (manager->setSelectedProfile(answer) && manager->getSelectedProfile() == answer) {
+            manager->saveSxProfile();
         }
     } else if (command == blobCommand(12)) {
         answer = in.word(2);
-        mManager->resetProfile(answer);
+        manager->resetProfile(answer);
     } else {
         answered = false;
     }
@@ -173,16 +177,14 @@ VessaManagerService::VessaManagerService() = default;
 
 void VessaManagerService::onFirstRef() {
     __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "onFirstRef");
-    mManager = new vessa::SxManager();
-    mEventHandler = new EventHandler(mManager, this);
+    mEventHandler = new EventHandler(&mManager, this);
     mEventHandler->start();
 }
 
 VessaManagerService::~VessaManagerService() {
     __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "~VessaManagerService");
-    if (mManagerReady) mManager->saveSxStateAndSettings();
+    if (mManagerReady) mManager.lock()->saveSxStateAndSettings();
     if (mEventHandler != nullptr) mEventHandler->stop();
-    delete mManager;
 }
 
 bool VessaManagerService::checkReady(const char* request) {
@@ -248,7 +250,9 @@ void VessaManagerService::setIntParam(uint32_t code, int64_t) {
     if (code != fourCC("RLTF")) return;
     __android_log_print(ANDROID_LOG_DEBUG, kTag,
                         "Notify clients that AUP params changed after reload tuning file.");
-    if (mManager->reloadTuningXml() == 0) doOnAupParamUpdate(nullptr, 0);
+    // Reloaded under the manager's lock; clients are told after it is released.
+    int result = mManager.lock()->reloadTuningXml();
+    if (result == 0) doOnAupParamUpdate(nullptr, 0);
 }
 
 int VessaManagerService::setAupParam(const void* data, uint32_t length) {
@@ -279,31 +283,32 @@ int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, 
     int32_t b = request.wordAtOffset(8);
     std::vector<int> values;
     bool oneWord = true;
+    SerializedManager::Access manager = mManager.lock();
     switch (command) {
         case 0:
-            values = {mManager->getSxOn() ? 1 : 0};
+            values = {manager->getSxOn() ? 1 : 0};
             break;
         case 1:
-            values = mManager->getParameter(b, a);
+            values = manager->getParameter(b, a);
             oneWord = false;
             break;
         case 2: {
             uint8_t packed = request.byteAt(8);
-            values = mManager->getProfilePortParameter(packed >> 4, packed & 0x0f, a);
+            values = manager->getProfilePortParameter(packed >> 4, packed & 0x0f, a);
             oneWord = false;
             break;
         }
         case 3:
-            values = {mManager->getNumOfProfiles()};
+            values = {manager->getNumOfProfiles()};
             break;
         case 10:
-            values = {mManager->getSelectedProfile()};
+            values = {manager->getSelectedProfile()};
             break;
         case 11:
-            values = {mManager->isProfileModified(a) ? 1 : 0};
+            values = {manager->isProfileModified(a) ? 1 : 0};
             break;
         case 13:
-            values = {mManager->isMonoInternalSpeaker() ? 1 : 0};
+            values = {manager->isMonoInternalSpeaker() ? 1 : 0};
             break;
         default:
             return 0;
@@ -319,15 +324,15 @@ int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, 
         }
         return 0;
     }
-    memcpy(out, values.data(), bytes);
+    if (bytes > 0) memcpy(out, values.data(), bytes);
     return 0;
 }
 
 int VessaManagerService::setParam(uint32_t device, AupParameterId parameterId, const int* values,
                                   uint32_t count) {
-    if (count > ClientBuffer::kMaxSize / sizeof(int)) return -22;
-    return vessa::AupParamStore::getInstance().setParam(device, parameterId, values,
-                                                        static_cast<int>(count));
+    // The store bounds the count itself, with an error line.
+    int bounded = static_cast<int>(std::min<uint32_t>(count, INT_MAX));
+    return vessa::AupParamStore::getInstance().setParam(device, parameterId, values, bounded);
 }
 
 int VessaManagerService::commitChange() {
@@ -342,21 +347,23 @@ int VessaManagerService::getStoredParams(KeyedVector<uint32_t, vessa::AupParamCa
 std::string VessaManagerService::getProfileName(int id) {
     if (!checkReady("getProfileName")) return "";
     // An id equal to the count passes here and is refused by the manager.
-    if (id < 0 || id > mManager->getNumOfProfiles()) return "";
-    return mManager->getProfileName(id);
+    SerializedManager::Access manager = mManager.lock();
+    if (id < 0 || id > manager->getNumOfProfiles()) return "";
+    return manager->getProfileName(id);
 }
 
 int VessaManagerService::getAvailableTuningDevicesLen(int port) {
     if (!checkReady("getAvailableTuningDevicesLen")) return 0;
     if (!checkPort("getAvailableTuningDevicesLen", port)) return 0;
-    return mManager->getAvailableTuningDevicesLen(static_cast<vessa::Port>(port));
+    return mManager.lock()->getAvailableTuningDevicesLen(static_cast<vessa::Port>(port));
 }
 
 void VessaManagerService::getAvailableTuningDevices(int port, void* buffer, int length) {
     if (!checkReady("getAvailableTuningDevices")) return;
     if (!checkPort("getAvailableTuningDevices", port)) return;
     vessa::Port p = static_cast<vessa::Port>(port);
-    if (buffer == nullptr || length < 0 || mManager->getAvailableTuningDevicesLen(p) > length) {
+    SerializedManager::Access manager = mManager.lock();
+    if (buffer == nullptr || length < 0 || manager->getAvailableTuningDevicesLen(p) > length) {
         __android_log_print(ANDROID_LOG_ERROR, kTag,
                             "%s not enough buffer for transferring device name lists for port %d",
                             "getAvailableTuningDevices", port);
@@ -364,7 +371,7 @@ void VessaManagerService::getAvailableTuningDevices(int port, void* buffer, int 
     }
     char* out = static_cast<char*>(buffer);
     memset(out, ' ', static_cast<size_t>(length));
-    for (const std::string& device : mManager->getAvailableTuningDevices(p)) {
+    for (const std::string& device : manager->getAvailableTuningDevices(p)) {
         memcpy(out, device.data(), device.size());
         out += device.size() + 1;
     }
@@ -373,7 +380,7 @@ void VessaManagerService::getAvailableTuningDevices(int port, void* buffer, int 
 std::string VessaManagerService::getSelectedTuningDevice(int port) {
     if (!checkReady("getSelectedTuningDevice")) return "";
     if (!checkPort("getSelectedTuningDevice", port)) return "";
-    return mManager->getSelectedTuningName(static_cast<vessa::Port>(port));
+    return mManager.lock()->getSelectedTuningName(static_cast<vessa::Port>(port));
 }
 
 void VessaManagerService::setSelectedTuningDevice(int port, const void* name, int length) {
@@ -392,7 +399,11 @@ void VessaManagerService::registerClient(const sp<IPqsCallbacks>& callbacks, int
         __android_log_print(ANDROID_LOG_WARN, kTag, "%s got NULL client", "registerClient");
         return;
     }
-    if (!mManagerReady && mManager->init() == 0) mManagerReady = true;
+    {
+        // Under the manager's lock: two first registrations at once initialise once.
+        SerializedManager::Access manager = mManager.lock();
+        if (!mManagerReady && manager->init() == 0) mManagerReady = true;
+    }
     __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) entry", "registerClient",
                         type, uid);
     Mutex::Autolock guard(mLock);
@@ -448,7 +459,7 @@ void VessaManagerService::unregisterClient(const sp<IPqsCallbacks>& callbacks, i
     }
     // An ordinary (user-interface) client leaving persists the whole state.
     if (mManagerReady && !isDecoderType(client->type()) && client->type() != kGameClientType) {
-        mManager->saveSxStateAndSettings();
+        mManager.lock()->saveSxStateAndSettings();
     }
     const int32_t notice[2] = {-1, 0};
     mEventHandler->sendMessage(notice, sizeof(notice), kWhatRegisterClient);
@@ -487,45 +498,46 @@ bool VessaManagerService::hasDecCP() {
 }
 
 bool VessaManagerService::getAupEnabled() {
-    return mManagerReady && mManager->getSxOn();
+    return mManagerReady && mManager.lock()->getSxOn();
 }
 
 bool VessaManagerService::isMobilityProfileSelected() {
-    return mManagerReady && mManager->isMobilityProfileSelected();
+    return mManagerReady && mManager.lock()->isMobilityProfileSelected();
 }
 
 bool VessaManagerService::isMonoInternalSpeaker() {
-    return mManagerReady && mManager->isMonoInternalSpeaker();
+    return mManagerReady && mManager.lock()->isMonoInternalSpeaker();
 }
 
 bool VessaManagerService::isSpeakerPortraitMode() {
-    return mManagerReady && mManager->isSpeakerPortraitMode();
+    return mManagerReady && mManager.lock()->isSpeakerPortraitMode();
 }
 
 int VessaManagerService::getVolumeLevelerAount() {
-    return mManagerReady ? mManager->getVolumeLevelerAount(activePort()) : 0;
+    return mManagerReady ? mManager.lock()->getVolumeLevelerAount(activePort()) : 0;
 }
 
 int VessaManagerService::getTuningParamDSA() {
-    return mManagerReady ? mManager->getTuningParamDSA(activePort()) : -1;
+    return mManagerReady ? mManager.lock()->getTuningParamDSA(activePort()) : -1;
 }
 
 int VessaManagerService::getTuningParamDHSA() {
-    return mManagerReady ? mManager->getTuningParamDHSA(activePort()) : -1;
+    return mManagerReady ? mManager.lock()->getTuningParamDHSA(activePort()) : -1;
 }
 
 int VessaManagerService::getTuningParamDFSA() {
-    return mManagerReady ? mManager->getTuningParamDFSA(activePort()) : -1;
+    return mManagerReady ? mManager.lock()->getTuningParamDFSA(activePort()) : -1;
 }
 
 int VessaManagerService::getDialogEnhancerAmount() {
     if (!mManagerReady) return -1;
-    int profile = mManager->getSelectedProfile();
+    SerializedManager::Access manager = mManager.lock();
+    int profile = manager->getSelectedProfile();
     int port = static_cast<int>(activePort());
     std::vector<int> enable =
-            mManager->getProfilePortParameter(profile, port, kDialogEnhancerEnableId);
+            manager->getProfilePortParameter(profile, port, kDialogEnhancerEnableId);
     std::vector<int> amount =
-            mManager->getProfilePortParameter(profile, port, kDialogEnhancerAmountId);
+            manager->getProfilePortParameter(profile, port, kDialogEnhancerAmountId);
     if (enable.empty() || amount.empty()) return -1;
     return enable[0] != 0 ? amount[0] : 0;
 }
@@ -537,18 +549,37 @@ int VessaManagerService::getActiveDevice() {
 
 int64_t VessaManagerService::getDefaultXmlFormatVersion() {
     if (!mManagerReady) return -19;
-    std::string version = mManager->getDefaultXmlFormatVersion();
-    int parts[3];
-    char tail;
-    if (sscanf(version.c_str(), "%d.%d.%d%c", &parts[0], &parts[1], &parts[2], &tail) != 3 ||
-        version.find_first_not_of("0123456789.") != std::string::npos) {
+    return parseFormatVersion(mManager.lock()->getDefaultXmlFormatVersion());
+}
+
+// Parts are read digit by digit and saturate at INT_MAX: a part too long for
+// any integer is simply too large, never an overflow.
+int64_t VessaManagerService::parseFormatVersion(const std::string& version) {
+    int parts[3] = {0, 0, 0};
+    size_t part = 0;
+    bool digits = false;
+    bool wellFormed = true;
+    for (char c : version) {
+        if (c == '.' && digits && part < 2) {
+            ++part;
+            digits = false;
+        } else if (c >= '0' && c <= '9') {
+            int digit = c - '0';
+            parts[part] = parts[part] > (INT_MAX - digit) / 10 ? INT_MAX : parts[part] * 10 + digit;
+            digits = true;
+        } else {
+            wellFormed = false;
+            break;
+        }
+    }
+    if (!wellFormed || part != 2 || !digits) {
         __android_log_print(ANDROID_LOG_ERROR, kTag,
                             "XML version %s is not in Major.Minor.Maintain format!",
                             version.c_str());
         return -22;
     }
-    for (int part : parts) {
-        if (part >= 1000) {
+    for (int value : parts) {
+        if (value >= 1000) {
             __android_log_print(ANDROID_LOG_ERROR, kTag, "XML version %d.%d.%d is invalid!\n",
                                 parts[0], parts[1], parts[2]);
             return -22;
@@ -559,33 +590,29 @@ int64_t VessaManagerService::getDefaultXmlFormatVersion() {
 
 std::string VessaManagerService::dumpText() {
     std::string text = "VessaManagerService Information dump:\n";
-    if (mManager == nullptr) return text;
     char line[256];
     auto append = [&](const char* format, auto... args) {
         memset(line, 0, sizeof(line));
         snprintf(line, sizeof(line), format, args...);
         text += line;
     };
-    int profile = mManager->getSelectedProfile();
-    int preset = firstOr(mManager->getParameter(profile, kIeqPresetId), 0);
+    SerializedManager::Access manager = mManager.lock();
+    int profile = manager->getSelectedProfile();
+    int preset = firstOr(manager->getParameter(profile, kIeqPresetId), 0);
     if (preset < 0 || preset > 3) preset = 0;
-    int dialogEnhancer = firstOr(mManager->getParameter(profile, kDialogEnhancerEnableId), 0);
-    append("ZAN Status : %s\n", mManager->getSxOn() ? "on" : "off");
+    int dialogEnhancer = firstOr(manager->getParameter(profile, kDialogEnhancerEnableId), 0);
+    append("ZAN Status : %s\n", manager->getSxOn() ? "on" : "off");
     append("Profile ID : %d\n", profile);
     append("Profile IEQ Preset : %s\n", kPresetNames[preset]);
     append("Dialog Enhance state : %s\n", dialogEnhancer != 0 ? "on" : "off");
-    append("Is Mono Speaker : %s\n", mManager->isMonoInternalSpeaker() ? "true" : "false");
+    append("Is Mono Speaker : %s\n", manager->isMonoInternalSpeaker() ? "true" : "false");
     return text;
 }
 
+// The text is built under the manager's lock; the write happens after, and
+// never waits on the reader (see DumpWriter).
 void VessaManagerService::dump(int fd, const std::vector<std::string>&) {
-    std::string text = dumpText();
-    size_t written = 0;
-    while (written < text.size()) {
-        ssize_t n = write(fd, text.data() + written, text.size() - written);
-        if (n <= 0) break;
-        written += static_cast<size_t>(n);
-    }
+    mDumpWriter.write(fd, dumpText());
 }
 
 void VessaManagerService::dumpPermissionDenial(int fd) {

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "manager/SxManager.h"
+#include "service/DumpWriter.h"
+#include "service/SerializedManager.h"
 #include "platform/AHandler.h"
 #include "platform/ALooper.h"
 #include "platform/AMessage.h"
@@ -20,6 +22,7 @@ namespace android {
 // The service object behind IPqs. Reads go straight to the manager; changes of
 // the parameter blob and of tuning-device selection are applied in order on
 // one event thread, which then sends the request's bytes to every client.
+// Every path to the manager goes through SerializedManager: see the rule there.
 class VessaManagerService : public IPqs {
   public:
     // Message codes of the event thread.
@@ -48,7 +51,7 @@ class VessaManagerService : public IPqs {
     // Applies posted requests on the thread "VessaManagerService EventHandler".
     class EventHandler : public AHandler {
       public:
-        EventHandler(vessa::SxManager* manager, VessaManagerService* service);
+        EventHandler(SerializedManager* manager, VessaManagerService* service);
         void start();
         void stop();
         void sendMessage(const void* data, uint32_t length, uint32_t what);
@@ -61,7 +64,7 @@ class VessaManagerService : public IPqs {
 
       private:
         sp<ALooper> mLooper;
-        vessa::SxManager* mManager;
+        SerializedManager* mManager;
         VessaManagerService* mService;
     };
 
@@ -98,6 +101,10 @@ class VessaManagerService : public IPqs {
     int getActiveDevice() override;
     int64_t getDefaultXmlFormatVersion() override;
 
+    // "Major.Minor.Maintain" as major * 1000000 + minor * 1000 + maintain; -22,
+    // with an error line, when it is not three numbers each below 1000.
+    static int64_t parseFormatVersion(const std::string& version);
+
     void removeNotificationClient(uint32_t key);
     // Sends the bytes to every registered client, one at a time, under the lock.
     void doOnAupParamUpdate(const void* data, uint32_t length);
@@ -121,13 +128,15 @@ class VessaManagerService : public IPqs {
     sp<EventHandler> mEventHandler;
     Mutex mLock;
     std::atomic<int> mDecoderClientCount{0};
-    vessa::SxManager* mManager = nullptr;
+    SerializedManager mManager;
+    // Set once, under the manager's lock, when init() succeeded; read without it.
     std::atomic<bool> mManagerReady{false};
     std::atomic<int> mActiveDevice{2};
     std::atomic<int> mChannelCount{2};
     std::atomic<int64_t> mLastCodecType{-1};
     std::atomic<int64_t> mLastDeviceQueryTime{-1000};
     std::atomic<int64_t> mGameClientRegistered{0};
+    DumpWriter mDumpWriter;
 };
 
 }  // namespace android

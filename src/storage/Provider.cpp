@@ -3,7 +3,9 @@
 #include <android/log.h>
 #include <utils/Errors.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "model/StringUtils.h"
 #include "storage/DatabaseHelper.h"
@@ -47,6 +49,7 @@ void Provider::releaseRecords() {
         delete preset;
         preset = nullptr;
     }
+    std::fill(std::begin(mIeqPresetLoaded), std::end(mIeqPresetLoaded), false);
     mNumOfProfiles = 0;
 }
 
@@ -211,7 +214,12 @@ IeqPreset* Provider::loadIeqPreset(PresetType type) {
                             index);
         return nullptr;
     }
-    mDatabase->queryIeqValue(presetTypeName(type), kDefaultName, mIeqPresets[index]);
+    // Factory rows, written only by a fill before init(): read once, so that a
+    // read of the selected preset never rewrites a record another thread holds.
+    if (!mIeqPresetLoaded[index]) {
+        mDatabase->queryIeqValue(presetTypeName(type), kDefaultName, mIeqPresets[index]);
+        mIeqPresetLoaded[index] = true;
+    }
     return mIeqPresets[index];
 }
 

@@ -120,6 +120,7 @@ class Provider {
     std::vector<ProfileCopy> mCustoms;
     std::vector<ProfileEndpoint*> mProfileEndpointSlots;
     IeqPreset* mIeqPresets[kNumPresetTypes] = {};
+    bool mIeqPresetLoaded[kNumPresetTypes] = {};
     std::map<Port, DeviceTuningSet> mDeviceTunings;
     std::set<Tuning*> mTunings;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -35,6 +36,15 @@ class FakeClient : public IPqsCallbacks {
         std::unique_lock<std::mutex> guard(mLock);
         return mChanged.wait_for(guard, std::chrono::seconds(5),
                                  [&] { return mUpdates.size() >= count; });
+    }
+    // Waits until `update` arrives as update number `from` or later; false on time-out.
+    bool waitForUpdate(const std::vector<uint8_t>& update, size_t from,
+                       std::chrono::seconds timeout = std::chrono::seconds(5)) {
+        std::unique_lock<std::mutex> guard(mLock);
+        return mChanged.wait_for(guard, timeout, [&] {
+            return std::find(mUpdates.begin() + std::min(from, mUpdates.size()), mUpdates.end(),
+                             update) != mUpdates.end();
+        });
     }
     std::vector<std::vector<uint8_t>> updates() {
         std::lock_guard<std::mutex> guard(mLock);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -9,7 +10,7 @@
 #include <vector>
 
 #include "FakeClient.h"
-#include "SampleRoot.h"
+#include "ServiceRoot.h"
 #include "platform/LogCapture.h"
 #include "service/FourCC.h"
 #include "service/VessaManagerService.h"
@@ -23,9 +24,7 @@ using vessa::LogCapture;
 
 constexpr const char* kTag = "VessaManagerService";
 
-vessa::test::SampleRootEnvironment* const gEnvironment =
-        static_cast<vessa::test::SampleRootEnvironment*>(
-                ::testing::AddGlobalTestEnvironment(new vessa::test::SampleRootEnvironment()));
+vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
 
 std::vector<uint8_t> blob(std::initializer_list<int32_t> words) {
     std::vector<uint8_t> bytes(words.size() * 4);
@@ -204,6 +203,10 @@ TEST_F(ServiceTest, BlobCommandsReachEveryClientWithTheAppliedValue) {
     // A command-1 blob without values sets nothing but is still broadcast.
     EXPECT_EQ(16u, apply(ui, blob({1 << 24, 0, 3, 107})).size());
     EXPECT_EQ(16, ask(1, 107, 3)[0]);
+    // Nor does a port-addressed one: the IEQ preset stays as it was.
+    int32_t preset = ask(2, 104, 0x33)[0];
+    apply(ui, blob({2 << 24, 0, 3, 3, 104}));
+    EXPECT_EQ(preset, ask(2, 104, 0x33)[0]);
 
     EXPECT_EQ(3, wordOf(apply(ui, blob({12 << 24, 0, 3})), 1));
     EXPECT_EQ(0, ask(11, 3, 0)[0]);
@@ -292,6 +295,13 @@ TEST_F(ServiceTest, TuningDevicesVersionAndReload) {
 
     EXPECT_EQ(3003000, service->getDefaultXmlFormatVersion());
     EXPECT_EQ(3003000, service->getIntParam(fourCC("DTFV")));
+    EXPECT_EQ(999000001, VessaManagerService::parseFormatVersion("999.0.1"));
+    for (const char* malformed : {"1.2", "1.2.3.4", "1..3", "1.2.", "-1.2.3", "1.2.3 "}) {
+        EXPECT_EQ(-22, VessaManagerService::parseFormatVersion(malformed)) << malformed;
+    }
+    EXPECT_EQ(-22, VessaManagerService::parseFormatVersion("1.4294967296.3"));
+    EXPECT_TRUE(log.contains(kTag, "XML version 1.2147483647.3 is invalid!\n"));
+    EXPECT_TRUE(log.contains(kTag, "XML version 1..3 is not in Major.Minor.Maintain format!"));
 
     // Reloading without an OEM file fails and tells nobody; with one, every
     // client hears of it with an empty update.
@@ -321,6 +331,34 @@ TEST_F(ServiceTest, DumpAfterInitialisation) {
             "Is Mono Speaker : false\n",
             dumpOf(*service));
     service->unregisterClient(ui, 0, 700);
+}
+
+// A reader that does not read, or has gone, costs the service nothing.
+TEST_F(ServiceTest, DumpNeverWaitsForItsReaderNorDiesOfAClosedOne) {
+    LogCapture log;
+    int fds[2];
+    ASSERT_EQ(0, pipe2(fds, O_NONBLOCK));
+    std::string filler(1 << 20, 'x');
+    size_t filled = 0;
+    for (ssize_t n; (n = write(fds[1], filler.data(), filler.size())) > 0;) filled += n;
+    fcntl(fds[1], F_SETFL, 0);  // a blocking descriptor, as a client would send
+    service->dump(fds[1], {});  // returns with the pipe still full
+    close(fds[1]);
+    std::string text;
+    char chunk[4096];
+    for (ssize_t n; (n = read(fds[0], chunk, sizeof(chunk))) != 0;) {
+        if (n > 0) text.append(chunk, static_cast<size_t>(n));
+    }
+    close(fds[0]);
+    EXPECT_EQ(filled, text.find("VessaManagerService Information dump:\n"));
+
+    ASSERT_EQ(0, pipe(fds));
+    close(fds[0]);
+    service->dump(fds[1], {});  // EPIPE, and the process lives on
+    close(fds[1]);
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "dump: cannot write to fd " +
+                                                          std::to_string(fds[1]) +
+                                                          ": Broken pipe"));
 }
 
 // Binder threads read the tuning selection while the event thread changes it.
