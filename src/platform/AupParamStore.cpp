@@ -5,9 +5,16 @@
 #include <errno.h>
 #include <log/log.h>
 
+#include "platform/LogRepeats.h"
+
 ANDROID_SINGLETON_STATIC_INSTANCE(vessa::AupParamStore)
 
 namespace vessa {
+
+namespace {
+// A client writing in a loop must not write the log full.
+LogRepeats sRefusals(LOG_TAG, ANDROID_LOG_ERROR);
+}  // namespace
 
 AupParamStore::Batch::Batch(AupParamStore& store) : mStore(store) {
     mStore.mLock.lock();
@@ -23,8 +30,9 @@ int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t*
                             int count) {
     if (count < 0 || (count > 0 && values == nullptr)) return -EINVAL;
     if (count > kMaxValues) {
-        ALOGE("setParam(0x%x, 0x%x): %d values refused, the limit is %d", device,
-              static_cast<uint32_t>(parameterId), count, kMaxValues);
+        if (sRefusals.admit("setParam refused: too many values"))
+            ALOGE("setParam(0x%x, 0x%x): %d values refused, the limit is %d", device,
+                  static_cast<uint32_t>(parameterId), count, kMaxValues);
         return -E2BIG;
     }
     std::lock_guard<std::recursive_mutex> lock(mLock);
@@ -33,8 +41,9 @@ int AupParamStore::setParam(uint32_t device, int32_t parameterId, const int32_t*
     if (found == mSlots.end()) {
         size_t limit = mInBatch ? kMaxEntries : kMaxEntries - kReservedForBatches;
         if (mSlots.size() >= limit) {
-            ALOGE("setParam(0x%x, 0x%x): refused, the store is full (%zu entries)", device,
-                  static_cast<uint32_t>(parameterId), mSlots.size());
+            if (sRefusals.admit("setParam refused: the store is full"))
+                ALOGE("setParam(0x%x, 0x%x): refused, the store is full (%zu entries)", device,
+                      static_cast<uint32_t>(parameterId), mSlots.size());
             return -ENOSPC;
         }
         found = mSlots.emplace(key, Slot()).first;
