@@ -24,10 +24,15 @@ ClientDeathWatch::~ClientDeathWatch() = default;
 bool ClientDeathWatch::start(std::string* error) {
     try {
         mSubscription = mConnection.addMatch(kNameOwnerChanged, [this](sdbus::Message& signal) {
-            std::string name, oldOwner, newOwner;
-            signal >> name >> oldOwner >> newOwner;
-            // Clients are known by their unique names (":1.42"), which never come back.
-            if (!name.empty() && name[0] == ':' && newOwner.empty()) clientVanished(name);
+            try {
+                std::string name, oldOwner, newOwner;
+                signal >> name >> oldOwner >> newOwner;
+                // Clients are known by their unique names (":1.42"), which never come back.
+                if (!name.empty() && name[0] == ':' && newOwner.empty()) clientVanished(name);
+            } catch (const std::exception& e) {
+                // A malformed signal or a failing recipient must not end the bus thread.
+                __android_log_print(ANDROID_LOG_ERROR, kTag, "NameOwnerChanged: %s", e.what());
+            }
         });
         return true;
     } catch (const sdbus::Error& e) {

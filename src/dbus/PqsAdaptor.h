@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "dbus/CallbackSender.h"
 #include "dbus/ClientDeathWatch.h"
 #include "dbus/PqsCallbacksProxy.h"
 #include "pqs360/IPqs_adaptor.h"
@@ -20,16 +21,21 @@ namespace vessa {
 
 // Serves IPqs on the bus: unpacks every method's arguments, calls the service
 // and packs its answer. Bad input gets the service's neutral answer; nothing a
-// client sends can make it write outside a buffer or allocate without bound.
+// client sends can make it write outside a buffer or allocate without bound, and
+// no exception leaves a method: the caller gets an error reply instead.
 class PqsAdaptor final
     : public sdbus::AdaptorInterfaces<vendor::vessa_v3_6::hardware::pqs360::IPqs_adaptor> {
   public:
     using Bytes = std::vector<uint8_t>;
     using StoredEntry = sdbus::Struct<uint32_t, uint32_t, std::vector<int32_t>>;
 
-    // `callbacks` is the connection client callbacks are sent on (not `connection`).
+    // Clients one bus connection may have registered at a time (a process
+    // registers once per client type).
+    static constexpr size_t kMaxClientsPerConnection = 16;
+
+    // `sender` carries the calls back to clients, on a connection of its own.
     PqsAdaptor(sdbus::IConnection& connection, std::string path, android::sp<android::IPqs> service,
-               std::shared_ptr<sdbus::IConnection> callbacks, android::sp<ClientDeathWatch> watch);
+               std::shared_ptr<CallbackSender> sender, android::sp<ClientDeathWatch> watch);
     ~PqsAdaptor();
 
   private:
@@ -67,9 +73,12 @@ class PqsAdaptor final
     // The callback object of the calling client at `path`; null for "/". The
     // same client and path get the same object while the service holds it.
     android::sp<android::IPqsCallbacks> callbacksOf(const sdbus::ObjectPath& path);
+    // Runs one request; an exception is logged and becomes the caller's error reply.
+    template <typename Request>
+    static auto serve(const char* method, Request request) -> decltype(request());
 
     android::sp<android::IPqs> mService;
-    std::shared_ptr<sdbus::IConnection> mCallbackConnection;
+    std::shared_ptr<CallbackSender> mSender;
     android::sp<ClientDeathWatch> mWatch;
     std::mutex mProxiesLock;
     std::map<std::pair<std::string, std::string>, android::wp<PqsCallbacksProxy>> mProxies;

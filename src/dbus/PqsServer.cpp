@@ -26,15 +26,15 @@ bool PqsServer::start(const std::string& bus, std::string* error) {
         mRequests.reset();
         return false;
     }
-    mCallbacks = std::move(callbacks);
+    mSender = std::make_shared<CallbackSender>(std::move(callbacks));
     mWatch = new ClientDeathWatch(*mRequests);
     if (!mWatch->start(error)) {
         stop();
         return false;
     }
     try {
-        mAdaptor = std::make_unique<PqsAdaptor>(*mRequests, kPqsObjectPath, mService, mCallbacks,
-                                                mWatch);
+        mAdaptor =
+                std::make_unique<PqsAdaptor>(*mRequests, kPqsObjectPath, mService, mSender, mWatch);
         mRequests->requestName(kPqsServiceName);
     } catch (const sdbus::Error& e) {
         *error = std::string("cannot serve ") + kPqsServiceName + " on " +
@@ -43,8 +43,6 @@ bool PqsServer::start(const std::string& bus, std::string* error) {
         stop();
         return false;
     }
-    // The callback connection's own thread only drains what the bus sends it.
-    mCallbacks->enterEventLoopAsync();
     mRequests->enterEventLoopAsync();
     mServing = true;
     __android_log_print(ANDROID_LOG_INFO, kTag, "serving %s on %s as %s", kPqsServiceName,
@@ -67,8 +65,8 @@ void PqsServer::stop() {
     }
     mServing = false;
     mService.clear();
-    // Callback proxies the service still holds share this connection.
-    mCallbacks.reset();
+    // Callback proxies the service still holds share the sender.
+    mSender.reset();
 }
 
 bool PqsServer::nameTaken() {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "dbus/CallbackSender.h"
 #include "dbus/ClientDeathWatch.h"
 #include "dbus/PqsAdaptor.h"
 #include "service/IPqs.h"
@@ -13,10 +14,10 @@
 namespace vessa {
 
 // The service on a bus: one connection receives requests and watches clients
-// (its bus thread runs every request handler), a second one only carries the
-// one-way calls back to clients. The service calls clients back while holding
-// its lock, and request handlers may wait for that lock; on one connection the
-// callback's send would wait for the handler, which waits for the callback.
+// (its bus thread runs every request handler), a second one, owned by the
+// callback sender and its thread, only carries the one-way calls back to
+// clients. The service calls clients back while holding its lock, and request
+// handlers may wait for that lock: the callbacks must never wait for the bus.
 class PqsServer {
   public:
     explicit PqsServer(android::sp<android::IPqs> service);
@@ -28,7 +29,7 @@ class PqsServer {
     // owns the service name and starts serving. False, with `error` set, on failure.
     bool start(const std::string& bus, std::string* error);
     // Stops serving and lets go of the service; clients may still hold callback
-    // proxies, which keep the callback connection open until released.
+    // proxies, which keep the callback sender running until released.
     void stop();
 
     // The unique name of the request connection (":1.N"), empty when stopped.
@@ -40,7 +41,7 @@ class PqsServer {
 
     android::sp<android::IPqs> mService;
     std::unique_ptr<sdbus::IConnection> mRequests;
-    std::shared_ptr<sdbus::IConnection> mCallbacks;
+    std::shared_ptr<CallbackSender> mSender;
     android::sp<ClientDeathWatch> mWatch;
     std::unique_ptr<PqsAdaptor> mAdaptor;
     bool mServing = false;

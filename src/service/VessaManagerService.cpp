@@ -12,6 +12,7 @@
 #include "effect/AupContext.h"
 #include "platform/ABuffer.h"
 #include "platform/AupParamStore.h"
+#include "platform/LogRepeats.h"
 #include "service/ClientBuffer.h"
 #include "service/FourCC.h"
 
@@ -31,10 +32,16 @@ constexpr int32_t blobCommand(int number) {
     return static_cast<int32_t>(number) << 24;
 }
 
+// A client failing, or repeating a refused request, again and again must not
+// write the log full.
+vessa::LogRepeats sRepeats(kTag, ANDROID_LOG_ERROR);
+
 bool refuseOversized(const char* request, size_t length) {
     if (length <= ClientBuffer::kMaxSize) return false;
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s: %zu bytes is over the %zu byte limit",
-                        request, length, ClientBuffer::kMaxSize);
+    if (sRepeats.admit(std::string(request) + ": over the size limit")) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s: %zu bytes is over the %zu byte limit",
+                            request, length, ClientBuffer::kMaxSize);
+    }
     return true;
 }
 
@@ -62,7 +69,9 @@ void VessaManagerService::NotificationClient::onAupParamUpdate(const void* data,
     bool wrap = data != nullptr && length != 0;
     const uint8_t* bytes = wrap ? static_cast<const uint8_t*>(data) : nullptr;
     if (!mCallbacks->onAupParamUpdate(bytes, wrap ? length : 0)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Call client failed on %d", mUid);
+        char line[48];
+        snprintf(line, sizeof(line), "Call client failed on %d", mUid);
+        if (sRepeats.admit(line)) __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", line);
     }
 }
 
@@ -103,34 +112,46 @@ void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& ms
     sp<ABuffer> buffer;
     const void* payload = nullptr;
     uint32_t length = 0;
+    // Nothing a request does may end the event thread; the clients still hear of it.
+    try {
+        apply(msg, &buffer, &payload, &length);
+    } catch (const std::exception& e) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "Applying message 0x%x failed: %s",
+                            msg->what(), e.what());
+    }
+    mService->doOnAupParamUpdate(payload, length);
+}
+
+void VessaManagerService::EventHandler::apply(const sp<AMessage>& msg, sp<ABuffer>* kept,
+                                              const void** payload, uint32_t* length) {
+    sp<ABuffer>& buffer = *kept;
     switch (msg->what()) {
         case kWhatRegisterClient:
             if (msg->findBuffer("buffer", &buffer)) {
-                payload = buffer->data();
-                length = buffer->size();
+                *payload = buffer->data();
+                *length = buffer->size();
             }
             break;
         case kWhatSetTuning: {
             int32_t port = 0;
             if (msg->findBuffer("buffer", &buffer) && msg->findInt32("port", &port)) {
+                *payload = buffer->data();
+                *length = buffer->size();
                 std::string name(reinterpret_cast<const char*>(buffer->data()), buffer->size());
                 mManager->lock()->setSelectedTuning(static_cast<vessa::Port>(port), name);
-                payload = buffer->data();
-                length = buffer->size();
             }
             break;
         }
         case kWhatSetParam:
             if (msg->findBuffer("buffer", &buffer)) {
+                *payload = buffer->data();
+                *length = buffer->size();
                 parseAndSendParam(buffer->data(), buffer->size());
-                payload = buffer->data();
-                length = buffer->size();
             }
             break;
         default:
             break;
     }
-    mService->doOnAupParamUpdate(payload, length);
 }
 
 void VessaManagerService::EventHandler::parseAndSendParam(void* blob, uint32_t length) {

@@ -10,12 +10,13 @@
 #include <vector>
 
 #include "manager/SxManager.h"
-#include "service/DumpWriter.h"
-#include "service/SerializedManager.h"
+#include "platform/ABuffer.h"
 #include "platform/AHandler.h"
 #include "platform/ALooper.h"
 #include "platform/AMessage.h"
+#include "service/DumpWriter.h"
 #include "service/IPqs.h"
+#include "service/SerializedManager.h"
 
 namespace android {
 
@@ -63,6 +64,11 @@ class VessaManagerService : public IPqs {
         void onMessageReceived(const sp<AMessage>& msg) override;
 
       private:
+        // Applies one message; `payload` and `length` name the bytes the clients
+        // are sent, which `kept` keeps alive.
+        void apply(const sp<AMessage>& msg, sp<ABuffer>* kept, const void** payload,
+                   uint32_t* length);
+
         sp<ALooper> mLooper;
         SerializedManager* mManager;
         VessaManagerService* mService;

@@ -88,6 +88,7 @@ class ChildProcess {
         return exitCode;
     }
 
+    pid_t pid() const { return mPid; }
     std::string out() const { return readFile(mOutPath); }
     std::string err() const { return readFile(mErrPath); }
     bool waitForOutput(const std::string& text) const {

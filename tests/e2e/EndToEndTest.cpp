@@ -5,6 +5,8 @@
 #include <pwd.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "PqsClient.h"
 #include "PqsRequest.h"
 #include "PrivateBus.h"
@@ -174,6 +176,59 @@ TEST_F(EndToEndTest, StatePersistsAcrossARestartAndOneDaemonServesTheBus) {
     EXPECT_EQ("115 reverb-suppression-amount: 7\n", ctl({"get", "3", "115"}));
 }
 
+// Resident memory of a process, in kB (0 when unknown).
+long residentKb(pid_t pid) {
+    std::string status = readFile("/proc/" + std::to_string(pid) + "/status");
+    size_t at = status.find("VmRSS:");
+    return at == std::string::npos ? 0 : std::stol(status.substr(at + 6));
+}
+
+// One connection registers thousands of made-up uids while it reads its updates:
+// past the per-connection cap it is refused, and once it has left, a genuine
+// client hears every change again, with the daemon's memory about where it was.
+TEST_F(EndToEndTest, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFlowing) {
+    startService();
+    std::unique_ptr<PqsClient> genuine = connectClient();
+    genuine->registerClient(0, 100);
+    const long before = residentKb(vessad->pid());
+    {
+        std::unique_ptr<PqsClient> flooder = connectClient();
+        flooder->registerClient(0, 1000);  // exports its callbacks and reads them
+        int refused = 0;
+        for (uint32_t uid = 1001; uid < 4000; ++uid) {
+            try {
+                flooder->service().registerClient(sdbus::ObjectPath(PqsClient::kCallbacksPath), 0,
+                                                  uid);
+            } catch (const sdbus::Error& e) {
+                EXPECT_EQ("org.freedesktop.DBus.Error.LimitsExceeded", e.getName());
+                ++refused;
+            }
+        }
+        EXPECT_EQ(2999 - 15, refused);
+    }
+    for (int profile : {1, 2, 3, 0, 4, 1}) {
+        Bytes request = PqsRequest::selectProfile(profile);
+        ASSERT_EQ(0, genuine->service().setAupParam(request));
+        EXPECT_TRUE(genuine->waitForUpdate(
+                [&](const Bytes& b) { return PqsRequest::isEchoOf(b, request); }, 10s))
+                << profile << "\n"
+                << vessad->err();
+    }
+    // Unbounded, this grew by hundreds of MB; the margin leaves room for the
+    // sanitizer builds' quarantine of freed memory.
+    EXPECT_LT(residentKb(vessad->pid()) - before, 64 * 1024);
+    // The refusals were logged, but not one line each.
+    std::string log = vessad->err();
+    size_t lines = 0;
+    for (size_t at = log.find("refused: "); at != std::string::npos;
+         at = log.find("refused: ", at + 1)) {
+        ++lines;
+    }
+    EXPECT_GE(lines, 1u);
+    EXPECT_LT(lines, 10u);
+    EXPECT_EQ(0, stopService()) << vessad->err();
+}
+
 // busctl, a client we did not write, and bad input: each call gets a neutral
 // answer or a D-Bus error, and the service goes on.
 TEST_F(EndToEndTest, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStaysUp) {
@@ -263,8 +318,21 @@ TEST_F(EndToEndTest, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyoneIsServe
                                    sourcePath("etc/vendor.vessa_v3_6.hardware.pqs360.conf") +
                                    "</include></busconfig>\n"));
     ASSERT_FALSE(system.address().empty()) << system.error();
-    auto asNobody = [setpriv](const Args& argv) {
-        Args prefixed = {setpriv, "--reuid=nobody", "--regid=nogroup", "--clear-groups"};
+    // A clone may sit where nobody cannot enter (/root/...): the programs and the
+    // library they load are copied to the test's own folder, which it can.
+    const std::string programs = dir + "/programs";
+    std::filesystem::create_directories(programs);
+    chmod(programs.c_str(), 0755);
+    auto reachable = [&](const std::string& built) {
+        std::string copy = programs + "/" + std::filesystem::path(built).filename().string();
+        std::filesystem::copy_file(built, copy, std::filesystem::copy_options::overwrite_existing);
+        return copy;
+    };
+    std::filesystem::copy_file(VESSA_LIBRARY_PATH, programs + "/" + VESSA_LIBRARY_NAME);
+    auto asNobody = [&](Args argv) {
+        argv[0] = reachable(argv[0]);
+        Args prefixed = {setpriv,          "--reuid=nobody", "--regid=nogroup",
+                         "--clear-groups", "/usr/bin/env",   "LD_LIBRARY_PATH=" + programs};
         prefixed.insert(prefixed.end(), argv.begin(), argv.end());
         return prefixed;
     };

@@ -155,8 +155,8 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
         const std::vector<uint8_t>& blob = blobs[round % blobs.size()];
         EXPECT_EQ(0, service->setAupParam(blob.data(), blob.size()));
         int port = round % kPorts;
-        const std::string& device = *std::next(devices[port].begin(),
-                                               round % static_cast<int>(devices[port].size()));
+        const std::string& device =
+                *std::next(devices[port].begin(), round % static_cast<int>(devices[port].size()));
         size_t seen = ui->updateCount();
         service->setSelectedTuningDevice(port, device.data(), static_cast<int>(device.size()));
         // As a client waiting for its echo: the event thread keeps up.

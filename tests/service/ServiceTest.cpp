@@ -1,5 +1,5 @@
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -356,9 +356,9 @@ TEST_F(ServiceTest, DumpNeverWaitsForItsReaderNorDiesOfAClosedOne) {
     close(fds[0]);
     service->dump(fds[1], {});  // EPIPE, and the process lives on
     close(fds[1]);
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag, "dump: cannot write to fd " +
-                                                          std::to_string(fds[1]) +
-                                                          ": Broken pipe"));
+    EXPECT_TRUE(
+            log.contains(ANDROID_LOG_ERROR, kTag,
+                         "dump: cannot write to fd " + std::to_string(fds[1]) + ": Broken pipe"));
 }
 
 // Binder threads read the tuning selection while the event thread changes it.

@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -73,6 +74,9 @@ int main(int argc, char** argv) {
 
     // Before the service and the bus start their threads.
     vessa::StopSignals stopSignals;
+    // A client that closes its end of a descriptor it handed in (dump) must not
+    // end the daemon: writes to it fail with EPIPE instead.
+    signal(SIGPIPE, SIG_IGN);
 
     android::sp<android::VessaManagerService> service = new android::VessaManagerService();
     vessa::PqsServer server(service);
