@@ -31,8 +31,8 @@ inline std::string readSource(const std::string& relative) {
 class FuzzService {
   public:
     static FuzzService& get() {
-        static FuzzService* instance = new FuzzService();  // lives until exit
-        return *instance;
+        static FuzzService instance;  // its root folder goes at exit
+        return instance;
     }
 
     android::VessaManagerService& service() { return *mService; }
