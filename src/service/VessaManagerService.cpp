@@ -109,48 +109,40 @@ void VessaManagerService::EventHandler::sendMessage(const void* data, uint32_t l
 }
 
 void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& msg) {
-    sp<ABuffer> buffer;
-    const void* payload = nullptr;
-    uint32_t length = 0;
+    sp<ABuffer> payload;
     // Nothing a request does may end the event thread; the clients still hear of it.
     try {
-        apply(msg, &buffer, &payload, &length);
+        payload = apply(msg);
     } catch (const std::exception& e) {
         __android_log_print(ANDROID_LOG_ERROR, kTag, "Applying message 0x%x failed: %s",
                             msg->what(), e.what());
     }
-    mService->doOnAupParamUpdate(payload, length);
+    mService->doOnAupParamUpdate(payload != nullptr ? payload->data() : nullptr,
+                                 payload != nullptr ? payload->size() : 0);
 }
 
-void VessaManagerService::EventHandler::apply(const sp<AMessage>& msg, sp<ABuffer>* kept,
-                                              const void** payload, uint32_t* length) {
-    sp<ABuffer>& buffer = *kept;
+sp<ABuffer> VessaManagerService::EventHandler::apply(const sp<AMessage>& msg) {
+    sp<ABuffer> buffer;
+    int32_t port = 0;
     switch (msg->what()) {
         case kWhatRegisterClient:
-            if (msg->findBuffer("buffer", &buffer)) {
-                *payload = buffer->data();
-                *length = buffer->size();
+            msg->findBuffer("buffer", &buffer);
+            return buffer;
+        case kWhatSetTuning:
+            if (!msg->findBuffer("buffer", &buffer) || !msg->findInt32("port", &port)) {
+                return nullptr;
             }
-            break;
-        case kWhatSetTuning: {
-            int32_t port = 0;
-            if (msg->findBuffer("buffer", &buffer) && msg->findInt32("port", &port)) {
-                *payload = buffer->data();
-                *length = buffer->size();
-                std::string name(reinterpret_cast<const char*>(buffer->data()), buffer->size());
-                mManager->lock()->setSelectedTuning(static_cast<vessa::Port>(port), name);
-            }
-            break;
-        }
+            mManager->lock()->setSelectedTuning(
+                    static_cast<vessa::Port>(port),
+                    std::string(reinterpret_cast<const char*>(buffer->data()), buffer->size()));
+            return buffer;
         case kWhatSetParam:
             if (msg->findBuffer("buffer", &buffer)) {
-                *payload = buffer->data();
-                *length = buffer->size();
                 parseAndSendParam(buffer->data(), buffer->size());
             }
-            break;
+            return buffer;
         default:
-            break;
+            return nullptr;
     }
 }
 

@@ -64,10 +64,8 @@ class VessaManagerService : public IPqs {
         void onMessageReceived(const sp<AMessage>& msg) override;
 
       private:
-        // Applies one message; `payload` and `length` name the bytes the clients
-        // are sent, which `kept` keeps alive.
-        void apply(const sp<AMessage>& msg, sp<ABuffer>* kept, const void** payload,
-                   uint32_t* length);
+        // Applies one message; the bytes the clients are then sent, or null.
+        sp<ABuffer> apply(const sp<AMessage>& msg);
 
         sp<ALooper> mLooper;
         SerializedManager* mManager;
