@@ -47,7 +47,7 @@ class AupController : public OnSxContextChange {
     AupContext* mContext;
     std::map<AndroidDevice, ParameterTranslator*> mTranslators;
     AupEffect* mEffect;
-    int mValue;
+    [[maybe_unused]] int mValue;
 };
 
 }  // namespace vessa

@@ -82,7 +82,7 @@ class ParameterAdapter {
 
       private:
         Endpoint mEndpoint;
-        int mMode;  // kept from the construction table; no operation reads it
+        [[maybe_unused]] int mMode;  // kept from the construction table; no operation reads it
     };
 
     static constexpr int kFirstId = 100;
