@@ -54,11 +54,32 @@ void start(benchmark::State& state, bool tenfold, bool cold) {
     vessa::FileSystemRoot::set("/");
 }
 
+// One full save of the sample's state (every profile's user copy, the selected
+// profile, the switch and the port selections), as an ordinary client's departure
+// makes.
+void BM_FullSaveSample(benchmark::State& state) {
+    TempFolder root;
+    root.write(vessa::SxContextManager::kDefaultTuningFile,
+               vessa::bench::readText(vessa::bench::sampleDefaultFile()));
+    vessa::FileSystemRoot::set(root.path());
+    {
+        vessa::SxContextManager manager;
+        vessa::SxContext* context = manager.getSxContext();
+        if (context == nullptr) {
+            state.SkipWithError("no context");
+        } else {
+            for (auto _ : state) context->save();
+        }
+    }
+    vessa::FileSystemRoot::set("/");
+}
+
 void BM_ColdStartSample(benchmark::State& state) { start(state, false, true); }
 void BM_WarmStartSample(benchmark::State& state) { start(state, false, false); }
 void BM_ColdStartTenfold(benchmark::State& state) { start(state, true, true); }
 void BM_WarmStartTenfold(benchmark::State& state) { start(state, true, false); }
 
+BENCHMARK(BM_FullSaveSample)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColdStartSample)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_WarmStartSample)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColdStartTenfold)->Unit(benchmark::kMillisecond);
