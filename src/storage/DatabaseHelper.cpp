@@ -3,13 +3,16 @@
 #include <android/log.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #include "model/StringUtils.h"
 #include "platform/FileSystemRoot.h"
+#include "storage/SqlStatement.h"
 
 namespace vessa {
 
@@ -136,19 +139,29 @@ void fillParameters(const DatabaseHelper::Row& row, ParameterValues* record) {
 
 }  // namespace
 
-DatabaseHelper::DatabaseHelper(const std::string& fileName) {
+DatabaseHelper::DatabaseHelper(const std::string& fileName, bool readOnly) {
     std::string directory = FileSystemRoot::resolve(kDirectory);
     mPath = directory + fileName;
     std::error_code ec;
-    std::filesystem::create_directories(directory, ec);
+    if (!readOnly) std::filesystem::create_directories(directory, ec);
     if (ec) DB_LOGE("failed to create %s: %s", directory.c_str(), ec.message().c_str());
-    int ret = sqlite3_open_v2(mPath.c_str(), &mDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                              nullptr);
+    int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    int ret = sqlite3_open_v2(mPath.c_str(), &mDb, flags, nullptr);
     if (ret != SQLITE_OK) {
         DB_LOGE("failed to open database %s, ret = %d", mPath.c_str(), ret);
         sqlite3_close_v2(mDb);
         mDb = nullptr;
+        return;
     }
+    // A rollback journal with full syncs, SQLite's own defaults, made explicit. A
+    // commit is on disk before it returns and a crash at any moment leaves the old or
+    // the new state; unlike WAL, a database in a directory that cannot be written
+    // still opens and reads, so the service keeps its settings and reports the
+    // saves that fail.
+    run("PRAGMA journal_mode=DELETE");
+    run("PRAGMA synchronous=FULL");
+    // Another connection (the sqlite3 tool, a second start) is waited for, not given up on.
+    sqlite3_busy_timeout(mDb, kBusyTimeoutMs);
 }
 
 DatabaseHelper::~DatabaseHelper() {
@@ -173,27 +186,56 @@ void DatabaseHelper::clear() {
     }
 }
 
+void DatabaseHelper::noteFailure(const std::string& what) {
+    if (mTransactionDepth > 0 && mTransactionError.empty()) mTransactionError = what;
+}
+
 void DatabaseHelper::beginTransaction() {
+    if (mTransactionDepth++ > 0) return;
+    mTransactionError.clear();
     execSQL("BEGIN EXCLUSIVE");
 }
 
-void DatabaseHelper::commitTransaction() {
-    execSQL("COMMIT");
+bool DatabaseHelper::commitTransaction() {
+    if (mTransactionDepth == 0) return true;
+    if (--mTransactionDepth > 0) return mTransactionError.empty();
+    if (mTransactionError.empty() && mDb != nullptr && run("COMMIT") != SQLITE_DONE) {
+        noteFailure(sqlite3_errmsg(mDb));
+    }
+    if (mDb == nullptr) noteFailure("the db is not open");
+    if (mTransactionError.empty()) {
+        mSaveError.clear();
+        return true;
+    }
+    // A BEGIN that failed left nothing to roll back; SQLite may have rolled back itself.
+    if (mDb != nullptr && sqlite3_get_autocommit(mDb) == 0) run("ROLLBACK");
+    mSaveError = mTransactionError;
+    mTransactionError.clear();
+    DB_LOGE("Settings not saved to %s: %s; the previous copy stays", mPath.c_str(),
+            mSaveError.c_str());
+    return false;
+}
+
+int DatabaseHelper::run(const std::string& sql) {
+    SqlStatement stmt(mDb, sql);
+    if (stmt.prepared() != SQLITE_OK) {
+        DB_LOGD("failed to prepare SQL : %s", sql.c_str());
+        return stmt.prepared();
+    }
+    int ret = stmt.step();
+    if (ret != SQLITE_DONE && ret != SQLITE_ROW) DB_LOGE("failed to exec SQL: %s", sql.c_str());
+    return ret;
 }
 
 int DatabaseHelper::execSQL(const std::string& sql) {
     if (mDb == nullptr) {
         DB_LOGE("the db is not open...");
+        noteFailure("the db is not open");
         return 1;
     }
-    sqlite3_stmt* stmt = nullptr;
-    if (sqlite3_prepare_v2(mDb, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-        DB_LOGD("failed to prepare SQL : %s", sql.c_str());
-        sqlite3_finalize(stmt);
-        return 1;
-    }
-    if (sqlite3_step(stmt) != SQLITE_DONE) DB_LOGE("failed to exec SQL: %s", sql.c_str());
-    sqlite3_finalize(stmt);
+    // Once a statement failed, the rest of its transaction would only make a mixture.
+    if (!mTransactionError.empty()) return 1;
+    if (run(sql) != SQLITE_DONE) noteFailure(sqlite3_errmsg(mDb));
     return 1;
 }
 
@@ -203,15 +245,13 @@ int DatabaseHelper::getRowCount(const std::string& table) {
         return -1;
     }
     std::string sql = "SELECT COUNT(*) FROM " + table;
-    sqlite3_stmt* stmt = nullptr;
-    if (sqlite3_prepare_v2(mDb, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
+    SqlStatement stmt(mDb, sql);
+    if (stmt.prepared() != SQLITE_OK) {
         DB_LOGE("failed to prepare SQL: %s", sql.c_str());
-        sqlite3_finalize(stmt);
         return -1;
     }
     int count = -1;
-    while (sqlite3_step(stmt) == SQLITE_ROW) count = sqlite3_column_int(stmt, 0);
-    sqlite3_finalize(stmt);
+    while (stmt.step() == SQLITE_ROW) count = std::atoi(stmt.text(0).c_str());
     return count;
 }
 
@@ -220,28 +260,32 @@ bool DatabaseHelper::queryRows(const std::string& sql, std::vector<Row>& rows) {
         DB_LOGE("the database is not connected");
         return false;
     }
-    sqlite3_stmt* stmt = nullptr;
-    int ret = sqlite3_prepare_v2(mDb, sql.c_str(), -1, &stmt, nullptr);
+    SqlStatement stmt(mDb, sql);
+    int ret = stmt.prepared();
     if (ret != SQLITE_OK) {
         DB_LOGE("failed to prepare sql command: %s, ret = %d, line %d", sql.c_str(), ret, __LINE__);
-        sqlite3_finalize(stmt);
         return false;
     }
-    const int columns = sqlite3_column_count(stmt);
-    while ((ret = sqlite3_step(stmt)) == SQLITE_ROW) {
+    const int columns = stmt.columnCount();
+    while ((ret = stmt.step()) == SQLITE_ROW) {
         Row row;
         row.reserve(columns);
         for (int i = 0; i < columns; ++i) {
-            if (sqlite3_column_type(stmt, i) == SQLITE_NULL) continue;
-            const unsigned char* text = sqlite3_column_text(stmt, i);
-            row.emplace_back(sqlite3_column_name(stmt, i),
-                             text != nullptr ? reinterpret_cast<const char*>(text) : "");
+            bool null = false;
+            std::string text = stmt.text(i, &null);
+            if (!null) row.emplace_back(stmt.columnName(i), std::move(text));
         }
         rows.push_back(std::move(row));
     }
     if (ret != SQLITE_DONE) DB_LOGE("Unknow error... %d", ret);
-    sqlite3_finalize(stmt);
     return ret == SQLITE_DONE;
+}
+
+std::string DatabaseHelper::queryText(const std::string& sql, bool* found) {
+    SqlStatement stmt(mDb, sql);
+    bool row = stmt.step() == SQLITE_ROW;
+    if (found != nullptr) *found = row;
+    return row ? stmt.text(0) : std::string();
 }
 
 std::string DatabaseHelper::selectAll(TableType type, const std::string& where) const {
@@ -548,6 +592,192 @@ void DatabaseHelper::clearOemDeviceTunings() {
     std::string sql = deleteByOriginSql(TableType::DEVICE_TUNINGS, kOemOrigin);
     DB_LOGD("Delete existing device tuning with SQL [%s]", sql.c_str());
     execSQL(sql);
+}
+
+// ---- health and recovery ----
+
+namespace {
+
+// The profile-level tables, whose rows come as a factory copy and a user copy, and
+// the columns that tell one profile's (and endpoint's) row from another's.
+struct CopiedTable {
+    TableType type;
+    const char* key;
+};
+constexpr CopiedTable kCopiedTables[] = {
+        {TableType::PROFILES, "profile_id"},
+        {TableType::PROFILE_ENDPOINTS, "profile_id, endpoint"},
+        {TableType::GEQ_PRESETS, "profile_id"},
+};
+
+std::vector<std::string> columnsOf(const DatabaseSchema::Table& table) {
+    std::vector<std::string> columns = table.leadingColumns;
+    for (Parameter p : table.parameterColumns) columns.emplace_back(parameterName(p));
+    return columns;
+}
+
+// "t.a = c.a AND t.b = c.b" for a key "a, b".
+std::string sameKey(const char* key, const char* left, const char* right) {
+    std::string out;
+    std::vector<std::string> parts;
+    splitString(key, ", ", parts);
+    for (const std::string& part : parts) {
+        if (!out.empty()) out += " AND ";
+        out += std::string(left) + "." + part + " = " + right + "." + part;
+    }
+    return out;
+}
+
+}  // namespace
+
+DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(mPath, ec)) {
+        *reason = "it is a directory";
+        return Health::kDamaged;
+    }
+    if (mDb == nullptr) {
+        *reason = "it cannot be opened";
+        return Health::kDamaged;
+    }
+    SqlStatement check(mDb, "PRAGMA quick_check");
+    int ret = check.step();
+    if (ret == SQLITE_BUSY || ret == SQLITE_LOCKED) {
+        *reason = sqlite3_errmsg(mDb);
+        return Health::kLocked;
+    }
+    if (ret != SQLITE_ROW || check.text(0) != "ok") {
+        *reason = ret == SQLITE_ROW ? "quick_check: " + check.text(0) : sqlite3_errmsg(mDb);
+        return Health::kDamaged;
+    }
+    std::vector<Row> tables;
+    queryRows("SELECT name FROM sqlite_master WHERE type='table'", tables);
+    if (tables.empty()) return Health::kUsable;  // a new file: the start fills it
+    for (int t = 0; t < kNumTableTypes; ++t) {
+        const DatabaseSchema::Table& table = DatabaseSchema::table(static_cast<TableType>(t));
+        std::vector<Row> info;
+        queryRows("PRAGMA table_info(" + table.name + ")", info);
+        std::vector<std::string> found;
+        for (const Row& row : info) {
+            if (const std::string* name = column(row, "name")) found.push_back(*name);
+        }
+        if (found != columnsOf(table)) {
+            *reason = found.empty() ? "table " + table.name + " is missing"
+                                    : "table " + table.name + " has other columns";
+            return Health::kDamaged;
+        }
+    }
+    if (queryText("SELECT COUNT(*) FROM profiles WHERE custom_name='default'") == "0") {
+        *reason = "it holds no profile";
+        return Health::kDamaged;
+    }
+    if (queryText("SELECT COUNT(*) FROM configuration WHERE key IN ('signature', 'version')") !=
+        "2") {
+        *reason = "its configuration is incomplete";
+        return Health::kDamaged;
+    }
+    for (const CopiedTable& copied : kCopiedTables) {
+        const std::string& name = DatabaseSchema::tableName(copied.type);
+        bool orphan = false;
+        queryText("SELECT 1 FROM " + name + " c WHERE c.custom_name='custom' AND NOT EXISTS " +
+                          "(SELECT 1 FROM " + name + " d WHERE d.custom_name='default' AND " +
+                          sameKey(copied.key, "d", "c") + ")",
+                  &orphan);
+        if (orphan) {
+            *reason = "a user row of " + name + " has no factory row";
+            return Health::kDamaged;
+        }
+    }
+    return Health::kUsable;
+}
+
+int DatabaseHelper::restoreMissingCustomRows() {
+    int restored = 0;
+    for (const CopiedTable& copied : kCopiedTables) {
+        const DatabaseSchema::Table& table = DatabaseSchema::table(copied.type);
+        const std::string missing =
+                " FROM " + table.name +
+                " d WHERE d.custom_name='default' AND NOT EXISTS (SELECT 1 FROM " + table.name +
+                " c WHERE c.custom_name='custom' AND " + sameKey(copied.key, "c", "d") + ")";
+        // Looked for first: a database that cannot be written is still read, and a
+        // start that finds nothing missing must not fail on it.
+        int count = std::atoi(queryText("SELECT COUNT(*)" + missing).c_str());
+        if (count == 0) continue;
+        std::vector<std::string> columns = columnsOf(table);
+        std::string rest;
+        for (size_t i = 2; i < columns.size(); ++i) rest += ", d." + columns[i];
+        beginTransaction();
+        execSQL("INSERT INTO " + table.name + " SELECT d._id, 'custom'" + rest + missing);
+        if (!commitTransaction()) continue;
+        DB_LOGW("Restored %d missing user rows of %s from their factory rows", count,
+                table.name.c_str());
+        restored += count;
+    }
+    return restored;
+}
+
+void DatabaseHelper::readUserSettings(UserSettings* out) {
+    // A damaged file may still give up some rows: each read keeps what it got.
+    queryRows("SELECT key, value FROM configuration", out->configuration);
+    queryRows(selectAll(TableType::PROFILES, " WHERE custom_name='custom'"), out->profiles);
+    queryRows(selectAll(TableType::PROFILE_ENDPOINTS, " WHERE custom_name='custom'"),
+              out->endpoints);
+    queryRows(selectAll(TableType::GEQ_PRESETS, " WHERE custom_name='custom'"), out->geqPresets);
+}
+
+int DatabaseHelper::writeUserSettings(const UserSettings& settings) {
+    int carried = 0;
+    const std::string& configuration = DatabaseSchema::tableName(TableType::CONFIGURATION);
+    const std::string profiles =
+            queryText("SELECT COUNT(*) FROM profiles WHERE custom_name='default'");
+    for (const Row& row : settings.configuration) {
+        const std::string* key = column(row, "key");
+        const std::string* value = column(row, "value");
+        if (key == nullptr || value == nullptr) continue;
+        long long number = -1;
+        bool fits = false;
+        if (*key == "State") {
+            fits = *value == "true" || *value == "false";
+        } else if (*key == "Profile") {
+            fits = parseInteger(*value, &number) && number >= 0 &&
+                   number < std::atoll(profiles.c_str());
+        } else if (portNameToEndpoint().count(*key) != 0) {
+            // A selection only of a device the port still has.
+            fits = queryText("SELECT COUNT(*) FROM device_tunings WHERE port=" + quote(*key) +
+                             " AND device=" + quote(*value)) != "0";
+        }
+        if (!fits) continue;
+        execSQL("UPDATE " + configuration + " SET value=" + quote(*value) +
+                " WHERE key=" + quote(*key));
+        carried += mTransactionError.empty() ? sqlite3_changes(mDb) : 0;
+    }
+    const std::vector<Row>* rows[] = {&settings.profiles, &settings.endpoints,
+                                      &settings.geqPresets};
+    for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
+        const DatabaseSchema::Table& table = DatabaseSchema::table(kCopiedTables[t].type);
+        std::vector<std::string> keys;
+        splitString(kCopiedTables[t].key, ", ", keys);
+        for (const Row& row : *rows[t]) {
+            // The user's values; the factory's names, flags and links stay.
+            std::string set, where = " WHERE custom_name='custom'";
+            for (const auto& [name, text] : row) {
+                Parameter p;
+                PresetType preset;
+                bool userColumn =
+                        (parameterFromName(name, &p) && table.parameterSlot[toInt(p)] >= 0) ||
+                        (name == "selected_ieq_preset_type" && presetTypeFromName(text, &preset));
+                if (std::find(keys.begin(), keys.end(), name) != keys.end()) {
+                    where += " AND " + name + "=" + quote(text);
+                } else if (userColumn) {
+                    set += (set.empty() ? " SET " : ", ") + name + "=" + quote(text);
+                }
+            }
+            if (set.empty()) continue;
+            execSQL("UPDATE " + table.name + set + where);
+            carried += mTransactionError.empty() ? sqlite3_changes(mDb) : 0;
+        }
+    }
+    return carried;
 }
 
 }  // namespace vessa

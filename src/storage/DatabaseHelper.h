@@ -21,15 +21,39 @@ namespace vessa {
 // tables and moves records in and out of rows. Statements are plain text; every
 // quoted value has its single quotes doubled. Failures are logged, never returned:
 // without a connection every operation is a logged no-op.
+//
+// Writes happen in transactions that nest: only the outermost begin and commit reach
+// the database. Once a statement of a transaction fails, the rest of it is skipped
+// and the commit rolls the whole transaction back, with one error line naming the
+// file and the reason, so the previous copy of every row stays.
 class DatabaseHelper {
   public:
     // One row as (column name, text) pairs, in column order; NULL columns are left out.
     using Row = std::vector<std::pair<std::string, std::string>>;
 
-    static constexpr const char* kDirectory = "/data/vendor/vessa/";
+    // What a start finds in the file.
+    enum class Health {
+        kUsable,   // the tables, their columns and the factory rows are there, or no table at all
+        kLocked,   // another connection held the lock longer than the busy timeout
+        kDamaged,  // not a database, malformed, or tables or rows missing
+    };
 
-    // Opens (creating if needed) kDirectory + fileName under the filesystem root.
-    explicit DatabaseHelper(const std::string& fileName);
+    // The user's settings as they could still be read from a damaged database: the
+    // configuration rows and the user ("custom") rows of the profile-level tables.
+    struct UserSettings {
+        std::vector<Row> configuration;
+        std::vector<Row> profiles;
+        std::vector<Row> endpoints;
+        std::vector<Row> geqPresets;
+    };
+
+    static constexpr const char* kDirectory = "/data/vendor/vessa/";
+    // How long a statement waits for another connection's lock before it fails.
+    static constexpr int kBusyTimeoutMs = 3000;
+
+    // Opens (creating if needed) kDirectory + fileName under the filesystem root;
+    // read-only opens an existing file as it is.
+    explicit DatabaseHelper(const std::string& fileName, bool readOnly = false);
     ~DatabaseHelper();
     DatabaseHelper(const DatabaseHelper&) = delete;
     DatabaseHelper& operator=(const DatabaseHelper&) = delete;
@@ -43,7 +67,24 @@ class DatabaseHelper {
     std::string buildColumnString(TableType type) const;
     void clear();
     void beginTransaction();
-    void commitTransaction();
+    // False when the transaction was rolled back (or, nested, already failed).
+    bool commitTransaction();
+    // Why the last outermost transaction was rolled back; empty once one committed.
+    const std::string& getSaveError() const { return mSaveError; }
+
+    // Checks the file: it opens, passes PRAGMA quick_check, holds the seven tables
+    // with their columns, a profile, its configuration and a "default" row for every
+    // "custom" row. `reason` says what is wrong.
+    Health checkHealth(std::string* reason);
+    // Copies each "default" row of the profile-level tables whose "custom" row is
+    // missing into that "custom" row; the number restored.
+    int restoreMissingCustomRows();
+    // Reads what it can of the user's settings; each table on its own.
+    void readUserSettings(UserSettings* out);
+    // Writes those of `settings` that fit this database over its own: the switch, the
+    // selected profile and the port selections that still exist, and the user rows
+    // of profiles that exist. The number of settings carried over.
+    int writeUserSettings(const UserSettings& settings);
 
     // Prepare, one step, finalise. Always 1: the outcome is only logged.
     int execSQL(const std::string& sql);
@@ -100,6 +141,11 @@ class DatabaseHelper {
     bool queryRows(const std::string& sql, std::vector<Row>& rows);
 
   private:
+    // Runs one statement, logging a failure with the given messages; the SQLite result.
+    int run(const std::string& sql);
+    // The first column of the first row of a query, or "" (with `found` false).
+    std::string queryText(const std::string& sql, bool* found = nullptr);
+    void noteFailure(const std::string& what);
     std::string selectAll(TableType type, const std::string& where) const;
     // The last row of a record query; logs `missing` when there is none.
     bool queryLastRow(TableType type, const std::string& where, const char* missing, Row& row);
@@ -112,6 +158,10 @@ class DatabaseHelper {
 
     sqlite3* mDb = nullptr;
     std::string mPath;
+    int mTransactionDepth = 0;
+    // The first failure of the open transaction; once set, its statements are skipped.
+    std::string mTransactionError;
+    std::string mSaveError;
 };
 
 }  // namespace vessa

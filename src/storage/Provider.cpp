@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
 #include <iterator>
 
 #include "model/StringUtils.h"
@@ -24,14 +27,13 @@ const std::string Provider::kFormatVersion = "version";
 const std::string Provider::kSelectedProfile = "Profile";
 const std::string Provider::kAupState = "State";
 
-Provider::Provider() : mDatabase(new DatabaseHelper(kDatabaseName)) {}
+Provider::Provider() : mDatabase(std::make_unique<DatabaseHelper>(kDatabaseName)) {}
 
 Provider::~Provider() {
     releaseRecords();
     releaseDeviceTunings(false);
     for (Tuning* tuning : mTunings) delete tuning;
     mTunings.clear();
-    delete mDatabase;
 }
 
 void Provider::releaseRecords() {
@@ -81,6 +83,80 @@ int Provider::init() {
     }
     for (int t = 0; t < kNumPresetTypes; ++t) mIeqPresets[t] = new IeqPreset(PresetType(t));
     return 0;
+}
+
+namespace {
+
+// "20261123T061500Z": sorts by time, and fits a file name.
+std::string utcStamp() {
+    char stamp[32];
+    time_t now = time(nullptr);
+    struct tm utc;
+    gmtime_r(&now, &utc);
+    strftime(stamp, sizeof(stamp), "%Y%m%dT%H%M%SZ", &utc);
+    return stamp;
+}
+
+}  // namespace
+
+int Provider::checkDatabase() {
+    std::string reason;
+    switch (mDatabase->checkHealth(&reason)) {
+        case DatabaseHelper::Health::kLocked:
+            __android_log_print(ANDROID_LOG_ERROR, kTag, "%s is locked (%s); trying again later",
+                                mDatabase->getPath().c_str(), reason.c_str());
+            return android::NO_INIT;
+        case DatabaseHelper::Health::kUsable:
+            mDatabase->restoreMissingCustomRows();
+            return 0;
+        case DatabaseHelper::Health::kDamaged:
+            break;
+    }
+    const std::string path = mDatabase->getPath();
+    std::string aside = std::string(kDatabaseName) + ".damaged-" + utcStamp();
+    const std::string directory = path.substr(0, path.size() - strlen(kDatabaseName));
+    // Never over an earlier damaged file of the same second.
+    std::error_code ec;
+    for (int n = 2; std::filesystem::exists(directory + aside, ec); ++n) {
+        aside = std::string(kDatabaseName) + ".damaged-" + utcStamp() + "-" + std::to_string(n);
+    }
+    const std::string asidePath = directory + aside;
+    mDatabase.reset();
+    // The journal belongs to the file it was written for: left behind, SQLite would
+    // play it back into the new database.
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        std::filesystem::rename(path + suffix, asidePath + suffix, ec);
+    }
+    std::filesystem::rename(path, asidePath, ec);
+    if (ec) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "Settings database %s cannot be used (%s) nor moved aside: %s",
+                            path.c_str(), reason.c_str(), ec.message().c_str());
+        mDatabase = std::make_unique<DatabaseHelper>(kDatabaseName);
+        return 0;
+    }
+    mSalvage = std::make_unique<DatabaseHelper::UserSettings>();
+    {
+        DatabaseHelper damaged(aside, true);
+        damaged.readUserSettings(mSalvage.get());
+    }
+    mDatabase = std::make_unique<DatabaseHelper>(kDatabaseName);
+    __android_log_print(ANDROID_LOG_ERROR, kTag,
+                        "Settings database %s cannot be used (%s): moved aside as %s, rebuilding "
+                        "it from the tuning files with the user's settings that can be read",
+                        path.c_str(), reason.c_str(), asidePath.c_str());
+    return 0;
+}
+
+void Provider::restoreUserSettings() {
+    if (mSalvage == nullptr) return;
+    int carried = mDatabase->writeUserSettings(*mSalvage);
+    __android_log_print(ANDROID_LOG_INFO, kTag, "Carried %d of the user's settings over", carried);
+    mSalvage.reset();
+}
+
+std::string Provider::getSaveError() const {
+    return mDatabase->getSaveError();
 }
 
 bool Provider::validProfile(int id, const char* caller) const {
@@ -308,8 +384,8 @@ void Provider::beginTransaction() {
     mDatabase->beginTransaction();
 }
 
-void Provider::commitTransaction() {
-    mDatabase->commitTransaction();
+bool Provider::commitTransaction() {
+    return mDatabase->commitTransaction();
 }
 
 // ---- tuning caches ----
@@ -356,6 +432,9 @@ Tuning* Provider::loadTuningForDevice(const std::string& device) {
 
 void Provider::reloadCachedDeviceTunings() {
     releaseDeviceTunings(true);
+    // The tunings loaded so far are read again in place: an OEM file may have new values
+    // for a tuning of the same name, and the context still points at these records.
+    for (Tuning* tuning : mTunings) mDatabase->queryTuning(tuning->getName(), tuning);
 }
 
 void Provider::releaseDeviceTunings(bool log) {

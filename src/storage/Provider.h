@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,11 +13,10 @@
 #include "model/ProfileEndpoint.h"
 #include "model/Tuning.h"
 #include "model/Vocabulary.h"
+#include "storage/DatabaseHelper.h"
 #include "storage/RecordOrder.h"
 
 namespace vessa {
-
-class DatabaseHelper;
 
 // The persistence front of the live context. It owns every profile, profile endpoint
 // and preset record (a factory "default" copy and a user "custom" copy per profile),
@@ -77,11 +77,13 @@ class Provider {
     virtual void create(DeviceTuning* deviceTuning, const std::string& origin);
     virtual void clearOemTunings();
     virtual void clearOemDeviceTunings();
-    // Deletes the cached device tunings so the next port load reads the database again.
+    // Deletes the cached device tunings so the next port load reads the database again,
+    // and reads the cached tunings again in place.
     virtual void reloadCachedDeviceTunings();
     virtual void clear();
     virtual void beginTransaction();
-    virtual void commitTransaction();
+    // False when the transaction was rolled back.
+    virtual bool commitTransaction();
     // Also stores profile 0 as selected and processing as on: a new default tuning
     // file starts from that state.
     virtual void setDefaultXmlSignature(const std::string& signature);
@@ -96,6 +98,18 @@ class Provider {
     // NO_INIT (-19) when the database holds no profile (or cannot be read), leaving
     // every per-profile table empty.
     int init();
+
+    // What a start does before it reads the database. A usable one gets back the user
+    // rows it lost, from their factory rows. One that cannot be used is moved aside as
+    // "<name>.damaged-<UTC time>" and a new one opened in its place, to be refilled
+    // from the tuning files; what could still be read of the user's settings is kept
+    // for restoreUserSettings. 0, or NO_INIT while another connection holds the
+    // database locked beyond the busy timeout (the caller tries again later).
+    int checkDatabase();
+    // After a refill: writes back what checkDatabase kept of the user's settings.
+    void restoreUserSettings();
+    // Why the last save was rolled back; empty while saves succeed.
+    std::string getSaveError() const;
     GeqPreset* loadDefaultGeqPreset(int id);
     GeqPreset* loadGeqPreset(int id);
 
@@ -114,7 +128,9 @@ class Provider {
     void releaseRecords();
     void releaseDeviceTunings(bool log);
 
-    DatabaseHelper* mDatabase;
+    std::unique_ptr<DatabaseHelper> mDatabase;
+    // The user's settings read from a database that was moved aside, until restored.
+    std::unique_ptr<DatabaseHelper::UserSettings> mSalvage;
     int mNumOfProfiles = 0;
     std::vector<ProfileCopy> mDefaults;
     std::vector<ProfileCopy> mCustoms;
