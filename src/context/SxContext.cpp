@@ -185,7 +185,10 @@ bool SxContext::isProfileSpecificSettingsModified(int id) {
 
 void SxContext::resetProfile(int id) {
     ContextLock lock(mLock);
+    // The factory rows are read in one transaction: all of them from one state.
+    mProvider->beginTransaction();
     getContext(id)->reset();
+    mProvider->commitTransaction();
     if (!isSelected(id)) return;
     lock.unlock();
     mObservable->onSelectedProfileChanged(*this);
@@ -439,14 +442,20 @@ void SxContext::save() {
     mProvider->commitTransaction();
 }
 
+// Single statements too run in a transaction of their own, so that a failure
+// rolls back and is reported like any other save.
 void SxContext::saveSxState() {
     ContextLock lock(mLock);
+    mProvider->beginTransaction();
     mProvider->setAupOn(mAupOn);
+    mProvider->commitTransaction();
 }
 
 void SxContext::saveSxProfile() {
     ContextLock lock(mLock);
+    mProvider->beginTransaction();
     mProvider->setSelectedProfile(mSelectedProfile->getId());
+    mProvider->commitTransaction();
 }
 
 void SxContext::saveSxProfileSettings() {

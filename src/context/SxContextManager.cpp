@@ -1,6 +1,7 @@
 #include "context/SxContextManager.h"
 
 #include <android/log.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,12 +53,22 @@ SxContextManager::~SxContextManager() {
 
 void SxContextManager::init() {
     android::Mutex::Autolock guard(mLock);
+    initLocked();
+}
+
+void SxContextManager::initLocked() {
     std::string path = FileSystemRoot::resolve(kDefaultTuningFile);
     if (!fileExists(path)) {
         __android_log_print(ANDROID_LOG_ERROR, kTag, "Default XML Tuning file doesn't exist!!");
         return;
     }
     mProvider = new Provider();
+    // A locked database is tried again at the next start (startContext).
+    if (mProvider->checkDatabase() != 0) {
+        delete mProvider;
+        mProvider = nullptr;
+        return;
+    }
     initDatabase(mProvider, path);
     if (mProvider->init() != 0) return;
     mObservable = new SxContextChangeObservable();
@@ -71,6 +82,33 @@ void SxContextManager::init() {
 SxContext* SxContextManager::getSxContext() {
     android::Mutex::Autolock guard(mLock);
     return mContext;
+}
+
+SxContext* SxContextManager::startContext() {
+    android::Mutex::Autolock guard(mLock);
+    if (mContext == nullptr && !mReleased) {
+        releaseLocked();
+        initLocked();
+    }
+    return mContext;
+}
+
+bool SxContextManager::defaultFileChanged() {
+    android::Mutex::Autolock guard(mLock);
+    return mProvider != nullptr &&
+           !getChangedSignature(FileSystemRoot::resolve(kDefaultTuningFile), mProvider).empty();
+}
+
+SxContext* SxContextManager::restart() {
+    android::Mutex::Autolock guard(mLock);
+    releaseLocked();
+    initLocked();
+    return mContext;
+}
+
+std::string SxContextManager::getSaveError() {
+    android::Mutex::Autolock guard(mLock);
+    return mProvider == nullptr ? std::string() : mProvider->getSaveError();
 }
 
 int SxContextManager::loadOemTuning() {
@@ -88,6 +126,7 @@ std::string SxContextManager::getDefaultXmlFormatVersion() {
 void SxContextManager::release() {
     android::Mutex::Autolock guard(mLock);
     releaseLocked();
+    mReleased = true;
 }
 
 void SxContextManager::releaseLocked() {
@@ -105,10 +144,15 @@ int SxContextManager::initDatabase(Provider* provider, const std::string& path) 
     DeviceData* data = loadXmlIfChanged(path, provider);
     if (data == nullptr) return 0;
     data->validateData();
+    // One fill: the refill, the OEM merge and the user settings carried over from a
+    // damaged database commit together or not at all.
+    provider->beginTransaction();
     populateDatabase(data, provider);
     loadOemTuningLocked();
     __android_log_print(ANDROID_LOG_INFO, kTag,
                         "Load OEM tuning XML after default tuning XML is reloaded");
+    provider->restoreUserSettings();
+    provider->commitTransaction();
     return 0;
 }
 
@@ -267,13 +311,14 @@ int SxContextManager::loadOemTuningLocked() {
         mProvider->create(deviceTuning, Provider::kOemName);
     }
 
-    mProvider->commitTransaction();
+    bool saved = mProvider->commitTransaction();
     __android_log_print(ANDROID_LOG_DEBUG, kTag,
                         "Tell database to reload cached device tuning mappings.");
     mProvider->reloadCachedDeviceTunings();
     delete defaultParser;
     delete oemParser;
-    return 0;
+    // Rolled back: the database keeps the previous OEM rows, and so does the effect.
+    return saved ? 0 : -EIO;
 }
 
 }  // namespace vessa

@@ -31,13 +31,24 @@ class SxContextManager : public android::Singleton<SxContextManager> {
     SxContextManager& operator=(const SxContextManager&) = delete;
 
     SxContext* getSxContext();
+    // The context, starting again first when the last start found the database
+    // locked; null while it cannot be had.
+    SxContext* startContext();
     // Merges the OEM file again and, on success, reloads the context's tunings.
     int loadOemTuning();
+    // Whether the default tuning file's signature differs from the stored one.
+    bool defaultFileChanged();
+    // Everything again as at a start (refill, OEM merge, a new context); the
+    // previous context is deleted, so its holders must let go of it first.
+    SxContext* restart();
     std::string getDefaultXmlFormatVersion();
+    // Why the last save was rolled back; empty while saves succeed.
+    std::string getSaveError();
     void release();
 
   private:
     void init();
+    void initLocked();
     void releaseLocked();
     int initDatabase(Provider* provider, const std::string& path);
     DeviceData* loadXmlIfChanged(const std::string& path, Provider* provider);
@@ -50,6 +61,7 @@ class SxContextManager : public android::Singleton<SxContextManager> {
     SxContextChangeObservable* mObservable = nullptr;
     SxContext* mContext = nullptr;
     TuningFileParser* mParser = nullptr;
+    bool mReleased = false;
     android::Mutex mLock;
 };
 

@@ -19,17 +19,28 @@ SxManager::SxManager(AupController* controller, SxContext* context)
     : mController(controller), mContext(context) {}
 
 SxManager::~SxManager() {
+    tearDown();
+}
+
+void SxManager::tearDown() {
     // The context outlives the manager: stop it from calling a deleted controller.
     if (mContext != nullptr && mController != nullptr) mContext->unregisterObserver(mController);
     delete mEffect;
+    mEffect = nullptr;
     delete mController;
+    mController = nullptr;
     delete mParameterAdapter;
+    mParameterAdapter = nullptr;
+    mContext = nullptr;
 }
 
 int SxManager::init() {
     // A second call would build a second effect and controller on the same context.
     if (mController != nullptr) return 0;
-    mContext = SxContextManager::getInstance().getSxContext();
+    // A start that found the database locked is tried again here, at the next client.
+    bool started = SxContextManager::hasInstance();
+    SxContextManager& contexts = SxContextManager::getInstance();
+    mContext = started ? contexts.startContext() : contexts.getSxContext();
     if (mContext == nullptr) return -19;
     mSessionId = 0;
     mEffect = new AupEffect(0, android::String16(kEffectName));
@@ -292,6 +303,23 @@ int SxManager::getTuningParamDFSA(Port port) {
 
 std::vector<int> SxManager::getProfileParameter(int profileId, Parameter parameter) {
     return mContext->getProfileParameter(profileId, parameter);
+}
+
+int SxManager::reloadTuningFiles() {
+    SxContextManager& contexts = SxContextManager::getInstance();
+    if (!contexts.defaultFileChanged()) return reloadTuningXml();
+    // What a stop would save; then a new default file rebuilds the database as a start
+    // does, and with it every record the context and the controller point into, so
+    // both are built again.
+    __android_log_print(ANDROID_LOG_INFO, kTag, "The default tuning file changed: starting again.");
+    mContext->save();
+    tearDown();
+    contexts.restart();
+    return init();
+}
+
+std::string SxManager::getSaveError() {
+    return SxContextManager::hasInstance() ? SxContextManager::getInstance().getSaveError() : "";
 }
 
 int SxManager::reloadTuningXml() {

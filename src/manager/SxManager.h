@@ -69,9 +69,18 @@ class SxManager {
     std::vector<int> getProfileParameter(int profileId, Parameter parameter);
 
     int reloadTuningXml();
+    // Re-reads the tuning files as a start would: the default file when its signature
+    // changed (a refill, a new context and controller), then the OEM file. 0 when the
+    // effect has the files' values.
+    int reloadTuningFiles();
     std::string getDefaultXmlFormatVersion();
+    // Why the last save was rolled back; empty while saves succeed.
+    std::string getSaveError();
 
   private:
+    // Lets go of the context: the controller stops observing it and goes, with the
+    // effect handle and the adapter.
+    void tearDown();
     // Recreates the effect handle when the platform took control away.
     void validate();
     bool isProfileInRange(int id);

@@ -47,6 +47,10 @@ class IPqs : public virtual RefBase {
     virtual int getDialogEnhancerAmount() = 0;
     virtual int getActiveDevice() = 0;
     virtual int64_t getDefaultXmlFormatVersion() = 0;
+
+    // Beside the interface's requests: why the last save of the settings failed,
+    // empty while they are saved.
+    virtual std::string getSaveError() { return std::string(); }
 };
 
 }  // namespace android

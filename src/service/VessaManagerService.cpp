@@ -268,6 +268,25 @@ void VessaManagerService::setIntParam(uint32_t code, int64_t) {
     if (result == 0) doOnAupParamUpdate(nullptr, 0);
 }
 
+int VessaManagerService::reloadTuningFiles() {
+    if (!mManagerReady) return -19;
+    __android_log_print(ANDROID_LOG_INFO, kTag, "Reloading the tuning files.");
+    int result;
+    {
+        SerializedManager::Access manager = mManager.lock();
+        result = manager->reloadTuningFiles();
+        // A start that failed leaves no context: answer as before the first client, and
+        // let the next registration start again.
+        if (result == -19) mManagerReady = false;
+    }
+    if (result == 0) doOnAupParamUpdate(nullptr, 0);
+    return result;
+}
+
+std::string VessaManagerService::getSaveError() {
+    return mManager.lock()->getSaveError();
+}
+
 int VessaManagerService::setAupParam(const void* data, uint32_t length) {
     if (!mManagerReady) return -19;
     if (refuseOversized("setAupParam", length)) return -22;

@@ -104,6 +104,12 @@ class VessaManagerService : public IPqs {
     int getDialogEnhancerAmount() override;
     int getActiveDevice() override;
     int64_t getDefaultXmlFormatVersion() override;
+    std::string getSaveError() override;
+
+    // Re-reads the tuning files as a start would (a daemon's SIGHUP) and, when the
+    // effect got their values, tells every client with an empty update, as "RLTF"
+    // does. -19 before the first registration started the manager.
+    int reloadTuningFiles();
 
     // "Major.Minor.Maintain" as major * 1000000 + minor * 1000 + maintain; -22,
     // with an error line, when it is not three numbers each below 1000.
