@@ -52,7 +52,8 @@ bool CallbackSender::post(const std::string& client, const std::string& path, co
                           size_t length) {
     {
         std::lock_guard<std::mutex> guard(mLock);
-        if (mStopping || mQueue.size() >= kMaxQueued || mQueuedBytes + length > kMaxQueuedBytes) {
+        if (mStopping || mBroken) return false;
+        if (mQueue.size() >= kMaxQueued || mQueuedBytes + length > kMaxQueuedBytes) {
             if (sFailures.admit("updates dropped: the queue to clients is full")) {
                 ALOGW("update for %s%s dropped: %zu updates (%zu bytes) wait already",
                       client.c_str(), path.c_str(), mQueue.size(), mQueuedBytes);
@@ -89,15 +90,19 @@ bool CallbackSender::backlogged(sdbus::IConnection::PollData* pollData) {
 }
 
 void CallbackSender::run() {
+    bool broken = false;  // a connection that failed never comes back
     for (;;) {
-        sdbus::IConnection::PollData pollData{};
+        sdbus::IConnection::PollData pollData{-1, 0, 0};
         Update update;
         bool sending = false;
         try {
-            // Reads what the bus sent and writes out what the connection still holds.
-            while (mConnection->processPendingRequest()) {
+            bool backlog = false;
+            if (!broken) {
+                // Reads what the bus sent and writes out what the connection still holds.
+                while (mConnection->processPendingRequest()) {
+                }
+                backlog = backlogged(&pollData);
             }
-            bool backlog = backlogged(&pollData);
             std::lock_guard<std::mutex> guard(mLock);
             if (mStopping) return;
             for (const std::string& client : mForgotten) {
@@ -106,16 +111,18 @@ void CallbackSender::run() {
                 }
             }
             mForgotten.clear();
-            if (!backlog && !mQueue.empty()) {
+            if (!broken && !backlog && !mQueue.empty()) {
                 update = std::move(mQueue.front());
                 mQueue.pop_front();
                 mQueuedBytes -= update.bytes.size();
                 sending = true;
             }
         } catch (const std::exception& e) {
-            if (sFailures.admit("the callback connection fails")) {
-                ALOGE("the callback connection fails: %s", e.what());
-            }
+            ALOGE("the callback connection failed: %s; updates to clients are dropped", e.what());
+            std::lock_guard<std::mutex> guard(mLock);
+            broken = mBroken = true;
+            mQueue.clear();
+            mQueuedBytes = 0;
             pollData = sdbus::IConnection::PollData{-1, 0, 0};
         }
         if (sending) {
@@ -123,10 +130,10 @@ void CallbackSender::run() {
             continue;
         }
         // Nothing to send, or the bus must take what it has first: wait for the
-        // bus or for new work.
+        // bus or for new work (once broken, only for the end).
         struct pollfd fds[2] = {{pollData.fd, static_cast<short>(pollData.events), 0},
                                 {mWakeFd, POLLIN, 0}};
-        int timeout = pollData.fd < 0 ? 100 : pollData.getPollTimeout();
+        int timeout = pollData.fd < 0 ? -1 : pollData.getPollTimeout();
         if (poll(fds, 2, timeout) > 0 && (fds[1].revents & POLLIN) != 0) {
             uint64_t count;
             if (read(mWakeFd, &count, sizeof(count)) < 0) {

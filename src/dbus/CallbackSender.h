@@ -69,6 +69,7 @@ class CallbackSender {
     size_t mQueuedBytes = 0;
     std::set<std::string> mForgotten;
     bool mStopping = false;
+    bool mBroken = false;  // the connection failed: nothing is queued any more
 
     // Touched by the sender thread only.
     std::map<std::pair<std::string, std::string>, std::unique_ptr<sdbus::IProxy>> mProxies;

@@ -255,4 +255,8 @@ int64_t PqsAdaptor::getDefaultXmlFormatVersion() {
                  [&] { return mService->getDefaultXmlFormatVersion(); });
 }
 
+std::string PqsAdaptor::SaveError() {
+    return serve("SaveError", [&] { return mService->getSaveError(); });
+}
+
 }  // namespace vessa

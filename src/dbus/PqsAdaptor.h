@@ -69,6 +69,7 @@ class PqsAdaptor final
     int32_t getDialogEnhancerAmount() override;
     int32_t getActiveDevice() override;
     int64_t getDefaultXmlFormatVersion() override;
+    std::string SaveError() override;
 
     // The callback object of the calling client at `path`; null for "/". The
     // same client and path get the same object while the service holds it.

@@ -19,7 +19,7 @@ PqsServer::~PqsServer() {
     stop();
 }
 
-bool PqsServer::start(const std::string& bus, std::string* error) {
+bool PqsServer::start(const std::string& bus, std::string* error, BusLoop::Lost onLost) {
     mRequests = BusConnection::open(bus, error);
     std::unique_ptr<sdbus::IConnection> callbacks = BusConnection::open(bus, error);
     if (mRequests == nullptr || callbacks == nullptr) {
@@ -43,7 +43,8 @@ bool PqsServer::start(const std::string& bus, std::string* error) {
         stop();
         return false;
     }
-    mRequests->enterEventLoopAsync();
+    mLoop = std::make_unique<BusLoop>(*mRequests, std::move(onLost));
+    mLoop->start();
     mServing = true;
     __android_log_print(ANDROID_LOG_INFO, kTag, "serving %s on %s as %s", kPqsServiceName,
                         BusConnection::describe(bus).c_str(), uniqueName().c_str());
@@ -53,7 +54,7 @@ bool PqsServer::start(const std::string& bus, std::string* error) {
 void PqsServer::stop() {
     if (mRequests != nullptr) {
         // Joins the bus thread: no request handler runs after this.
-        if (mServing) mRequests->leaveEventLoop();
+        mLoop.reset();
         mAdaptor.reset();
         if (mWatch != nullptr) mWatch->stop();
         try {

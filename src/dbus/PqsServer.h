@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "dbus/BusLoop.h"
 #include "dbus/CallbackSender.h"
 #include "dbus/ClientDeathWatch.h"
 #include "dbus/PqsAdaptor.h"
@@ -27,7 +28,8 @@ class PqsServer {
 
     // Connects to `bus` ("session", "system" or an address), exports the object,
     // owns the service name and starts serving. False, with `error` set, on failure.
-    bool start(const std::string& bus, std::string* error);
+    // `onLost` is called once, from the bus thread, if the bus goes away later.
+    bool start(const std::string& bus, std::string* error, BusLoop::Lost onLost = nullptr);
     // Stops serving and lets go of the service; clients may still hold callback
     // proxies, which keep the callback sender running until released.
     void stop();
@@ -41,6 +43,7 @@ class PqsServer {
 
     android::sp<android::IPqs> mService;
     std::unique_ptr<sdbus::IConnection> mRequests;
+    std::unique_ptr<BusLoop> mLoop;
     std::shared_ptr<CallbackSender> mSender;
     android::sp<ClientDeathWatch> mWatch;
     std::unique_ptr<PqsAdaptor> mAdaptor;

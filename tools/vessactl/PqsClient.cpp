@@ -36,7 +36,8 @@ PqsClient::~PqsClient() {
         // The service is gone; it drops this client by itself.
     }
     // The bus thread may be delivering an update: stop it before the object goes.
-    if (mCallbacks != nullptr) mConnection->leaveEventLoop();
+    mLoop.reset();
+    mOwnerWatch.reset();
     mCallbacks.reset();
     mService.reset();
 }
@@ -55,12 +56,62 @@ PqsClient::ServiceCalls& PqsClient::service() {
 void PqsClient::registerClient(int type, uint32_t uid) {
     if (mCallbacks == nullptr) {
         mCallbacks = std::make_unique<Callbacks>(*mConnection, this);
-        mConnection->enterEventLoopAsync();
+        // The service leaving the bus, or coming back, shows as a new owner of its name.
+        mOwnerWatch = mConnection->addMatch(
+                std::string("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
+                            "arg0='") +
+                        kPqsServiceName + "'",
+                [this](sdbus::Message& signal) {
+                    std::string name, oldOwner, newOwner;
+                    signal >> name >> oldOwner >> newOwner;
+                    {
+                        std::lock_guard<std::mutex> guard(mLock);
+                        mServiceRunning = !newOwner.empty();
+                    }
+                    changed();
+                });
+        mLoop = std::make_unique<BusLoop>(*mConnection, [this](const std::string& reason) {
+            {
+                std::lock_guard<std::mutex> guard(mLock);
+                mLost = reason;
+            }
+            changed();
+        });
+        mLoop->start();
     }
     mService->registerClient(sdbus::ObjectPath(kCallbacksPath), type, uid);
     mRegistered = true;
     mType = type;
     mUid = uid;
+}
+
+void PqsClient::registerAgain() {
+    mService->registerClient(sdbus::ObjectPath(kCallbacksPath), mType, mUid);
+    mRegistered = true;
+}
+
+void PqsClient::setChangeListener(std::function<void()> listener) {
+    std::lock_guard<std::mutex> guard(mLock);
+    mChanged = std::move(listener);
+}
+
+void PqsClient::changed() {
+    std::function<void()> listener;
+    {
+        std::lock_guard<std::mutex> guard(mLock);
+        listener = mChanged;
+    }
+    if (listener) listener();
+}
+
+std::string PqsClient::busLost() {
+    std::lock_guard<std::mutex> guard(mLock);
+    return mLost;
+}
+
+bool PqsClient::serviceRunning() {
+    std::lock_guard<std::mutex> guard(mLock);
+    return mServiceRunning;
 }
 
 void PqsClient::unregisterClient() {

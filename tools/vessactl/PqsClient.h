@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "dbus/BusLoop.h"
 #include "pqs360/IPqs_adaptor.h"
 #include "pqs360/IPqs_proxy.h"
 
@@ -51,6 +52,16 @@ class PqsClient {
     // Also hands every update to `listener`, on the bus thread.
     void setListener(Listener listener);
 
+    // Once registered: called, from the bus thread, when the bus is lost or the
+    // service leaves the bus or comes back.
+    void setChangeListener(std::function<void()> changed);
+    // Why the bus was lost; empty while it is there.
+    std::string busLost();
+    // Whether the service owns its name, as the bus last said.
+    bool serviceRunning();
+    // Registers again as before, after the service came back.
+    void registerAgain();
+
     // A sentence for a failed call: who is missing, or what the bus said.
     std::string explain(const sdbus::Error& error) const;
 
@@ -73,10 +84,14 @@ class PqsClient {
 
     void received(const Bytes& update);
 
+    void changed();
+
     std::string mBus;
     std::unique_ptr<sdbus::IConnection> mConnection;
     std::unique_ptr<Service> mService;
     std::unique_ptr<Callbacks> mCallbacks;
+    sdbus::Slot mOwnerWatch;
+    std::unique_ptr<BusLoop> mLoop;
     bool mRegistered = false;
     int mType = 0;
     uint32_t mUid = 0;
@@ -85,6 +100,9 @@ class PqsClient {
     std::condition_variable mArrived;
     std::deque<Bytes> mUpdates;
     Listener mListener;
+    std::function<void()> mChanged;
+    std::string mLost;
+    bool mServiceRunning = true;
 };
 
 }  // namespace vessa

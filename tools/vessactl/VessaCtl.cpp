@@ -10,7 +10,8 @@
 #include <ostream>
 
 #include "ParameterTable.h"
-#include "dbus/StopSignals.h"
+#include "dbus/BusConnection.h"
+#include "dbus/SignalWaiter.h"
 #include "effect/AupParameter.h"
 #include "service/FourCC.h"
 
@@ -57,7 +58,7 @@ const VessaCtl::Command VessaCtl::kCommands[] = {
     {"select",   "PORT DEVICE",              "use tuning DEVICE on PORT", 2, 2, &VessaCtl::selectDevice},
     {"reload",   "",                         "re-read the OEM tuning file (integer parameter RLTF)", 0, 0, &VessaCtl::reload},
     {"dump",     "",                         "the service's diagnostic text", 0, 0, &VessaCtl::dump},
-    {"watch",    "",                         "register and print every update until Ctrl-C", 0, 0, &VessaCtl::watch},
+    {"watch",    "[--follow]",               "register and print every update until Ctrl-C", 0, 1, &VessaCtl::watch},
     {"store",    "[--pending]",              "effect parameters in the store: DEVICE CODE VALUES", 0, 1, &VessaCtl::store},
     {nullptr, nullptr, nullptr, 0, 0, nullptr},
 };
@@ -128,13 +129,18 @@ int VessaCtl::run(const Args& args) {
     if (rest.size() < command->minArgs || rest.size() > command->maxArgs) {
         return usage(std::string("usage: vessactl ") + command->name + " " + command->syntax);
     }
+    int result;
     try {
-        int result = (this->*command->run)(rest);
-        mClient.unregisterClient();
-        return result;
+        result = (this->*command->run)(rest);
     } catch (const sdbus::Error& e) {
         return fail(mClient.explain(e));
     }
+    try {
+        mClient.unregisterClient();
+    } catch (const sdbus::Error&) {
+        // The service or the bus went away: there is nothing left to leave.
+    }
+    return result;
 }
 
 // ---- argument parsing ----
@@ -224,6 +230,8 @@ int VessaCtl::status(const Args&) {
     ensureReady();
     bool on = query(PqsRequest::query(PqsRequest::kQueryOnOff), 1)[0] != 0;
     int selected = query(PqsRequest::query(PqsRequest::kQuerySelectedProfile), 1)[0];
+    std::string saveError = mClient.service().SaveError();
+    if (!saveError.empty()) mOut << "warning: settings not saved: " << saveError << "\n";
     mOut << "effect   " << (on ? "on" : "off") << "\n"
          << "profile  " << profileText(selected) << " (" << profileCount() << " profiles)\n"
          << "integer parameters:\n";
@@ -421,18 +429,43 @@ int VessaCtl::dump(const Args&) {
     return kOk;
 }
 
-int VessaCtl::watch(const Args&) {
+int VessaCtl::watch(const Args& args) {
+    const bool follow = !args.empty() && args[0] == "--follow";
+    if (!args.empty() && !follow) return usage("usage: vessactl watch [--follow]");
     // Before registering starts the bus thread.
-    StopSignals stop;
+    SignalWaiter events({SIGINT, SIGTERM});
     mClient.setListener([this](const Bytes& update) {
         mOut << PqsRequest::describeUpdate(update) << std::endl;
     });
+    mClient.setChangeListener([&events] { events.wake(); });
     ensureRegistered();
     mErr << "vessactl: watching as client type " << mIdentity.type << ", uid " << mIdentity.uid
          << " (Ctrl-C stops)" << std::endl;
-    stop.wait();
+    int result = kOk;
+    bool away = false;
+    while (events.wait() == 0) {
+        std::string lost = mClient.busLost();
+        if (!lost.empty()) {
+            result = fail("lost " + BusConnection::describe(mClient.bus()) + ": " + lost);
+            break;
+        }
+        if (!mClient.serviceRunning() && !away) {
+            if (!follow) {
+                result = fail("the vessa service left the bus");
+                break;
+            }
+            away = true;
+            mErr << "vessactl: the vessa service left the bus; waiting for it to come back"
+                 << std::endl;
+        } else if (mClient.serviceRunning() && away) {
+            away = false;
+            mClient.registerAgain();
+            mErr << "vessactl: the vessa service is back; registered again" << std::endl;
+        }
+    }
+    mClient.setChangeListener(nullptr);
     mClient.setListener(nullptr);
-    return kOk;
+    return result;
 }
 
 int VessaCtl::store(const Args& args) {

@@ -5,10 +5,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
 
 #include "dbus/PqsServer.h"
-#include "dbus/StopSignals.h"
+#include "dbus/BusConnection.h"
+#include "dbus/SignalWaiter.h"
 #include "platform/FileSystemRoot.h"
 #include "service/VessaManagerService.h"
 
@@ -21,7 +23,8 @@ void printUsage(FILE* out) {
             "Usage: vessad [--root DIR] [--bus session|system|ADDRESS] [--verbose]\n"
             "\n"
             "Serves vendor.vessa_v3_6.hardware.pqs360 until SIGINT or SIGTERM, then saves\n"
-            "the state and exits.\n"
+            "the state and exits 0. SIGHUP re-reads the tuning files and goes on serving.\n"
+            "If the bus goes away, it saves and exits 1.\n"
             "\n"
             "  --root DIR   resolve /odm/etc/vessa/... and /data/vendor/vessa/... under DIR\n"
             "               (default /)\n"
@@ -73,26 +76,47 @@ int main(int argc, char** argv) {
     __android_log_set_minimum_priority(options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_INFO);
 
     // Before the service and the bus start their threads.
-    vessa::StopSignals stopSignals;
+    vessa::SignalWaiter events({SIGINT, SIGTERM, SIGHUP});
     // A client that closes its end of a descriptor it handed in (dump) must not
     // end the daemon: writes to it fail with EPIPE instead.
     signal(SIGPIPE, SIG_IGN);
 
     android::sp<android::VessaManagerService> service = new android::VessaManagerService();
     vessa::PqsServer server(service);
+    std::mutex lostLock;
+    std::string lost;  // why the bus went away, once it has
+    auto onLost = [&](const std::string& reason) {
+        std::lock_guard<std::mutex> guard(lostLock);
+        lost = reason.empty() ? "the connection failed" : reason;
+        events.wake();
+    };
     std::string error;
-    if (!server.start(options.bus, &error)) {
+    if (!server.start(options.bus, &error, onLost)) {
         __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", error.c_str());
         return 1;
     }
     __android_log_print(ANDROID_LOG_INFO, kTag, "ready (root %s)",
                         vessa::FileSystemRoot::get().c_str());
 
-    int received = stopSignals.wait();
-    __android_log_print(ANDROID_LOG_INFO, kTag, "%s: stopping", strsignal(received));
+    int received;
+    while ((received = events.wait()) == SIGHUP) {
+        // A daemon's SIGHUP: read the configuration again, keep serving.
+        __android_log_print(ANDROID_LOG_INFO, kTag, "%s: reloading the tuning files",
+                            strsignal(received));
+        service->reloadTuningFiles();
+    }
+    int status = 0;
+    if (received == 0) {
+        std::lock_guard<std::mutex> guard(lostLock);
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "lost %s (%s): saving and exiting",
+                            vessa::BusConnection::describe(options.bus).c_str(), lost.c_str());
+        status = 1;
+    } else {
+        __android_log_print(ANDROID_LOG_INFO, kTag, "%s: stopping", strsignal(received));
+    }
     // No request runs after this; then the last reference goes and the service saves.
     server.stop();
     service.clear();
     __android_log_print(ANDROID_LOG_INFO, kTag, "stopped");
-    return 0;
+    return status;
 }
