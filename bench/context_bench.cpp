@@ -74,10 +74,18 @@ void BM_FullSaveSample(benchmark::State& state) {
     vessa::FileSystemRoot::set("/");
 }
 
-void BM_ColdStartSample(benchmark::State& state) { start(state, false, true); }
-void BM_WarmStartSample(benchmark::State& state) { start(state, false, false); }
-void BM_ColdStartTenfold(benchmark::State& state) { start(state, true, true); }
-void BM_WarmStartTenfold(benchmark::State& state) { start(state, true, false); }
+void BM_ColdStartSample(benchmark::State& state) {
+    start(state, false, true);
+}
+void BM_WarmStartSample(benchmark::State& state) {
+    start(state, false, false);
+}
+void BM_ColdStartTenfold(benchmark::State& state) {
+    start(state, true, true);
+}
+void BM_WarmStartTenfold(benchmark::State& state) {
+    start(state, true, false);
+}
 
 BENCHMARK(BM_FullSaveSample)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColdStartSample)->Unit(benchmark::kMillisecond);
