@@ -84,11 +84,6 @@ void CallbackSender::forget(const std::string& client) {
     wake();
 }
 
-bool CallbackSender::backlogged(sdbus::IConnection::PollData* pollData) {
-    *pollData = mConnection->getEventLoopPollData();
-    return (pollData->events & POLLOUT) != 0;
-}
-
 void CallbackSender::run() {
     bool broken = false;  // a connection that failed never comes back
     for (;;) {
@@ -101,7 +96,9 @@ void CallbackSender::run() {
                 // Reads what the bus sent and writes out what the connection still holds.
                 while (mConnection->processPendingRequest()) {
                 }
-                backlog = backlogged(&pollData);
+                // POLLOUT wanted: the connection still holds bytes it could not write.
+                pollData = mConnection->getEventLoopPollData();
+                backlog = (pollData.events & POLLOUT) != 0;
             }
             std::lock_guard<std::mutex> guard(mLock);
             if (mStopping) return;

@@ -54,9 +54,6 @@ class CallbackSender {
     };
 
     void run();
-    // Whether the connection still holds bytes it could not write (it asks to
-    // poll for POLLOUT then); `pollData` receives what to poll.
-    bool backlogged(sdbus::IConnection::PollData* pollData);
     void send(const Update& update);
     sdbus::IProxy& proxyFor(const std::string& client, const std::string& path);
     void wake();

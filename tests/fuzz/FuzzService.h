@@ -11,22 +11,12 @@
 #include <string>
 
 #include "FakeClient.h"
-#include "TempDir.h"
+#include "SampleRoot.h"
 #include "context/SxContextManager.h"
 #include "platform/FileSystemRoot.h"
 #include "service/VessaManagerService.h"
 
 namespace vessa::fuzz {
-
-inline std::string readSource(const std::string& relative) {
-    std::string text;
-    if (FILE* in = fopen(test::sourcePath(relative).c_str(), "rb")) {
-        char chunk[65536];
-        for (size_t n; (n = fread(chunk, 1, sizeof(chunk), in)) > 0;) text.append(chunk, n);
-        fclose(in);
-    }
-    return text;
-}
 
 class FuzzService {
   public:
@@ -56,8 +46,9 @@ class FuzzService {
     FuzzService() {
         __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
         mRoot.write(SxContextManager::kDefaultTuningFile,
-                    readSource("etc/multimedia_vessa_zan_default.xml"));
-        mRoot.write(SxContextManager::kOemTuningFile, readSource("etc/zan-extra.xml"));
+                    test::readFile(test::sourcePath("etc/multimedia_vessa_zan_default.xml")));
+        mRoot.write(SxContextManager::kOemTuningFile,
+                    test::readFile(test::sourcePath("etc/zan-extra.xml")));
         FileSystemRoot::set(mRoot.path());
         mService = new android::VessaManagerService();
         mClient = new android::test::FakeClient();
