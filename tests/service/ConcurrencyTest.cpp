@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "FakeClient.h"
-#include "ServiceRoot.h"
+#include "ServiceTestSupport.h"
 #include "platform/AupParamStore.h"
 #include "service/FourCC.h"
 #include "service/VessaManagerService.h"
@@ -24,7 +24,9 @@
 namespace android {
 namespace {
 
+using test::blob;
 using test::FakeClient;
+using test::query;
 using namespace std::chrono_literals;
 
 vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
@@ -32,12 +34,6 @@ vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
 constexpr int kProfiles = 5;
 constexpr int kPorts = 6;
 constexpr int kIeqPresetId = 104;
-
-std::vector<uint8_t> words(std::initializer_list<int32_t> list) {
-    std::vector<uint8_t> bytes(list.size() * 4);
-    memcpy(bytes.data(), std::data(list), bytes.size());
-    return bytes;
-}
 
 class ConcurrencyTest : public ::testing::Test {
   protected:
@@ -63,9 +59,8 @@ class ConcurrencyTest : public ::testing::Test {
 
     // The IEQ preset as command 1 (profile-wide) or 2 (profile and port) reads it.
     int32_t readPreset(int profile, int port) {
-        std::vector<uint8_t> in = port < 0 ? words({1, kIeqPresetId, profile})
-                                           : words({2, kIeqPresetId, profile << 4 | port});
-        std::swap(in[0], in[3]);  // the command is read big-endian
+        std::vector<uint8_t> in = port < 0 ? query(1, kIeqPresetId, profile)
+                                           : query(2, kIeqPresetId, profile << 4 | port);
         int32_t out = -100;
         EXPECT_EQ(0, service->getAupParam(in.data(), in.size(), &out, sizeof(out)));
         return out;
@@ -92,11 +87,10 @@ TEST_F(ConcurrencyTest, FirstRegistrationsAtOnceInitialiseTheManagerOnce) {
         ASSERT_TRUE(a->waitForUpdates(1) && b->waitForUpdates(1));
         // One controller observes the context: a profile-wide change is one batch.
         uint64_t commits = store.getCommitCount();
-        std::vector<uint8_t> query = words({1, 114, 0});
-        std::swap(query[0], query[3]);
+        std::vector<uint8_t> in = query(1, 114, 0);
         int32_t current = -1;
-        fresh->getAupParam(query.data(), query.size(), &current, sizeof(current));
-        std::vector<uint8_t> change = words({1 << 24, 0, 0, 114, current == 0 ? 1 : 0});
+        fresh->getAupParam(in.data(), in.size(), &current, sizeof(current));
+        std::vector<uint8_t> change = blob({1 << 24, 0, 0, 114, current == 0 ? 1 : 0});
         size_t seen = a->updateCount();
         fresh->setAupParam(change.data(), change.size());
         ASSERT_TRUE(a->waitForUpdate(change, seen));
@@ -145,13 +139,13 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
     auto writer = [&](int round) {
         int profile = round % kProfiles;
         std::vector<std::vector<uint8_t>> blobs = {
-                words({1 << 24, 0, profile, kIeqPresetId, round % 4}),
-                words({2 << 24, 0, profile, round % kPorts, kIeqPresetId, (round + 1) % 4}),
-                words({2 << 24, 0, profile, round % kPorts, kIeqPresetId}),
-                words({1 << 24, 0, profile, 107, round % 17}),
-                words({10 << 24, 0, profile}),
-                words({0 << 24, 0, round % 2}),
-                words({12 << 24, 0, (profile + 1) % kProfiles})};
+                blob({1 << 24, 0, profile, kIeqPresetId, round % 4}),
+                blob({2 << 24, 0, profile, round % kPorts, kIeqPresetId, (round + 1) % 4}),
+                blob({2 << 24, 0, profile, round % kPorts, kIeqPresetId}),
+                blob({1 << 24, 0, profile, 107, round % 17}),
+                blob({10 << 24, 0, profile}),
+                blob({0 << 24, 0, round % 2}),
+                blob({12 << 24, 0, (profile + 1) % kProfiles})};
         const std::vector<uint8_t>& blob = blobs[round % blobs.size()];
         EXPECT_EQ(0, service->setAupParam(blob.data(), blob.size()));
         int port = round % kPorts;
@@ -191,7 +185,7 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
     for (size_t i = 0; i < rounds.size(); ++i) EXPECT_GT(rounds[i], 0) << "thread " << i;
 
     // The queue drains, and the last change is the state.
-    std::vector<uint8_t> last = words({10 << 24, 2, 2});
+    std::vector<uint8_t> last = blob({10 << 24, 2, 2});
     size_t seen = ui->updateCount();
     service->setAupParam(last.data(), last.size());
     ASSERT_TRUE(ui->waitForUpdate(last, seen, 30s));

@@ -4,13 +4,12 @@
 
 #include <atomic>
 #include <cstring>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "FakeClient.h"
-#include "ServiceRoot.h"
+#include "ServiceTestSupport.h"
 #include "platform/LogCapture.h"
 #include "service/FourCC.h"
 #include "service/VessaManagerService.h"
@@ -19,34 +18,19 @@
 namespace android {
 namespace {
 
+using test::blob;
 using test::FakeClient;
+using test::query;
 using vessa::LogCapture;
 
 constexpr const char* kTag = "VessaManagerService";
 
 vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
 
-std::vector<uint8_t> blob(std::initializer_list<int32_t> words) {
-    std::vector<uint8_t> bytes(words.size() * 4);
-    memcpy(bytes.data(), std::data(words), bytes.size());
-    return bytes;
-}
-
 int32_t wordOf(const std::vector<uint8_t>& bytes, size_t index) {
     int32_t word = 0;
     if (bytes.size() >= (index + 1) * 4) memcpy(&word, bytes.data() + index * 4, 4);
     return word;
-}
-
-std::vector<uint8_t> query(uint32_t command, int32_t a, int32_t b) {
-    std::vector<uint8_t> in(12, 0);
-    in[0] = static_cast<uint8_t>(command >> 24);
-    in[1] = static_cast<uint8_t>(command >> 16);
-    in[2] = static_cast<uint8_t>(command >> 8);
-    in[3] = static_cast<uint8_t>(command);
-    memcpy(in.data() + 4, &a, 4);
-    memcpy(in.data() + 8, &b, 4);
-    return in;
 }
 
 std::string dumpOf(VessaManagerService& service) {
@@ -361,33 +345,6 @@ TEST_F(ServiceTest, DumpNeverWaitsForItsReaderNorDiesOfAClosedOne) {
                          "dump: cannot write to fd " + std::to_string(fds[1]) + ": Broken pipe"));
 }
 
-// Binder threads read the tuning selection while the event thread changes it.
-TEST_F(ServiceTest, ReadersRunBesideTheEventThread) {
-    sp<FakeClient> ui = new FakeClient();
-    registerAndSettle(ui, 0, 850);
-    const int port = static_cast<int>(vessa::Port::HEADPHONE);
-    const std::string devices[] = {"default_headphone", "wired_in_ear"};
-    std::atomic<bool> done{false};
-    std::thread reader([&] {
-        while (!done) {
-            std::string device = service->getSelectedTuningDevice(port);
-            EXPECT_TRUE(device == devices[0] || device == devices[1]) << device;
-            service->getAvailableTuningDevicesLen(port);
-            service->getIntParam(fourCC("SPKM"));
-        }
-    });
-    size_t before = ui->updateCount();
-    for (int i = 0; i < 40; ++i) {
-        const std::string& device = devices[(i + 1) % 2];
-        service->setSelectedTuningDevice(port, device.data(), static_cast<int>(device.size()));
-    }
-    EXPECT_TRUE(ui->waitForUpdates(before + 40));
-    done = true;
-    reader.join();
-    EXPECT_EQ(devices[0], service->getSelectedTuningDevice(port));
-    service->unregisterClient(ui, 0, 850);
-}
-
 TEST_F(ServiceTest, MalformedBuffersNeverBreakTheService) {
     sp<FakeClient> ui = new FakeClient();
     registerAndSettle(ui, 0, 800);
@@ -396,23 +353,7 @@ TEST_F(ServiceTest, MalformedBuffersNeverBreakTheService) {
     EXPECT_EQ(-22, service->setAupParam(huge.data(), huge.size()));
     EXPECT_EQ(-22, service->getAupParam(huge.data(), huge.size(), huge.data(), 4));
 
-    std::mt19937 random(1234);
-    size_t expected = ui->updateCount();
-    for (int round = 0; round < 300; ++round) {
-        std::vector<uint8_t> bytes(random() % 40);
-        for (uint8_t& b : bytes) b = static_cast<uint8_t>(random());
-        if (!bytes.empty() && round % 3 == 0) bytes[0] = bytes[1 % bytes.size()] = 0;
-        if (bytes.size() >= 4 && round % 3 == 0) bytes[3] = static_cast<uint8_t>(round % 14);
-        ASSERT_EQ(0, service->setAupParam(bytes.empty() ? nullptr : bytes.data(), bytes.size()));
-        ++expected;
-        // Reads land in a buffer with guard words on both sides.
-        std::vector<int32_t> out(6, 0x5a5a5a5a);
-        uint32_t outLength = static_cast<uint32_t>(random() % 12);
-        service->getAupParam(bytes.data(), bytes.size(), out.data() + 1, outLength);
-        EXPECT_EQ(0x5a5a5a5a, out[0]);
-        for (size_t i = 1 + (outLength + 3) / 4; i < out.size(); ++i) EXPECT_EQ(0x5a5a5a5a, out[i]);
-    }
-    ASSERT_TRUE(ui->waitForUpdates(expected));
+    // Random blobs and queries are the fuzz harnesses' work (tests/fuzz).
     service->setSelectedTuningDevice(0, nullptr, -5);
     service->setSelectedTuningDevice(0, nullptr, 10);
     service->getAvailableTuningDevices(0, nullptr, 100);
