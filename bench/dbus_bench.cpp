@@ -25,12 +25,12 @@
 #include "dbus/PqsNames.h"
 #include "dbus/PqsServer.h"
 #include "pqs360/IPqs_proxy.h"
-#include "service/FourCC.h"
+#include "vessa/IntCode.h"
 #include "service/VessaManagerService.h"
 
 namespace {
 
-constexpr uint32_t kChannelCount = android::fourCC("CHCT");
+constexpr uint32_t kChannelCount = static_cast<uint32_t>(vessa::client::IntCode::CHANNEL_COUNT);
 constexpr const char* kPeer = "org.freedesktop.DBus.Peer";
 
 // A private dbus-daemon for the run, gone with the process.

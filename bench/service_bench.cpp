@@ -25,6 +25,8 @@
 #include "context/SxContextManager.h"
 #include "platform/AupParamStore.h"
 #include "platform/FileSystemRoot.h"
+#include "protocol/PqsProtocol.h"
+#include "protocol/SettingsTable.h"
 #include "service/VessaManagerService.h"
 
 namespace {
@@ -144,20 +146,22 @@ class Bench {
     // One change of `id` of profile 0, to a value other than the current one, until
     // every client has heard of it; in microseconds.
     double change(int32_t id) {
-        int32_t blob[5] = {1 << 24, 0, 0, id, read(id) == 1 ? 0 : 1};
+        vessa::PqsProtocol::Bytes blob =
+                vessa::PqsProtocol::setParameter(0, id, {read(id) == 1 ? 0 : 1});
         std::vector<uint64_t> seen;
         for (auto& client : mClients) seen.push_back(client->count());
         auto begin = Clock::now();
-        mService->setAupParam(blob, sizeof(blob));
+        mService->setAupParam(blob.data(), blob.size());
         for (size_t i = 0; i < mClients.size(); ++i) mClients[i]->waitFor(seen[i] + 1);
         return micros(begin, Clock::now());
     }
 
-    // The first value of `id` of profile 0, as command 1 reads it.
+    // The first value of `id` of profile 0, as a profile-wide query reads it.
     int32_t read(int32_t id) {
-        const uint8_t query[12] = {0, 0, 0, 1, static_cast<uint8_t>(id), 0, 0, 0, 0, 0, 0, 0};
+        vessa::PqsProtocol::Bytes query =
+                vessa::PqsProtocol::query(vessa::PqsProtocol::kQueryParameter, 0, id);
         int32_t value = -1;
-        mService->getAupParam(query, sizeof(query), &value, sizeof(value));
+        mService->getAupParam(query.data(), query.size(), &value, sizeof(value));
         return value;
     }
 
@@ -204,8 +208,8 @@ void BM_ChangeAgainstItsFloor(benchmark::State& state) {
     state.counters["x_floor3"] = p50 / percentile(floor3, 50);
 }
 BENCHMARK(BM_ChangeAgainstItsFloor)
-        ->Arg(114)
-        ->Arg(107)
+        ->Arg(vessa::SettingsTable::kReverbSuppression)
+        ->Arg(vessa::SettingsTable::kIeqAmount)
         ->ArgName("id")
         ->Unit(benchmark::kMicrosecond)
         ->Iterations(5000);
@@ -227,7 +231,7 @@ ReadRound readBesideChanges(int readers) {
             runOnCpu(-1);
             uint64_t mine = 0;
             while (!stop) {
-                int32_t preset = bench.read(104);
+                int32_t preset = bench.read(vessa::SettingsTable::kIeqPreset);
                 if (preset < 0 || preset > 3) outOfRange = true;
                 ++mine;
             }
@@ -237,7 +241,7 @@ ReadRound readBesideChanges(int readers) {
     ReadRound round;
     auto begin = Clock::now();
     while (Clock::now() - begin < std::chrono::milliseconds(50)) {
-        round.changes.push_back(bench.change(114));
+        round.changes.push_back(bench.change(vessa::SettingsTable::kReverbSuppression));
     }
     stop = true;
     for (std::thread& t : threads) t.join();

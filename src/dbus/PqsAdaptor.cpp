@@ -10,14 +10,14 @@
 #include "dbus/PqsNames.h"
 #include "platform/AupParamStore.h"
 #include "platform/LogRepeats.h"
-#include "service/ClientBuffer.h"
+#include "protocol/ClientBuffer.h"
 
 namespace vessa {
 
 namespace {
 
 // The largest answer buffer a client may ask for; the service refuses larger blobs too.
-constexpr size_t kMaxAnswer = android::ClientBuffer::kMaxSize;
+constexpr size_t kMaxAnswer = vessa::ClientBuffer::kMaxSize;
 constexpr const char* kLimitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr const char* kFailed = "org.freedesktop.DBus.Error.Failed";
 

@@ -2,6 +2,8 @@
 
 #include <android/log.h>
 
+#include "protocol/SettingsTable.h"
+
 namespace vessa {
 
 namespace {
@@ -93,39 +95,42 @@ std::vector<int> ParameterAdapter::VirtualizerStrategy::getParameter(SxContext* 
 }
 
 ParameterAdapter::ParameterAdapter(SxContext* context) : mContext(context) {
-    using P = Parameter;
-    using EndpointStrategy = ProfileEndpointParameterStrategy;
-    mStrategies = {
-            nullptr,  // 100
-            new VirtualizerStrategy(0, 1, P::VIRTUALIZER_ENABLE, 1, Endpoint::HEADPHONE, 3),
-            new VirtualizerStrategy(0, 1, P::VIRTUALIZER_ENABLE, 1, Endpoint::SPEAKER, 0),
-            new EndpointStrategy(0, 1, P::VOLUME_LEVELER_ENABLE, 1),
-            new EndpointStrategy(0, 3, P::IEQ_ID, 1),
-            new EndpointStrategy(0, 1, P::DIALOG_ENHANCER_ENABLE, 1),
-            new EndpointStrategy(0, 1, P::GRAPHIC_EQUALIZER_ENABLE, 1),
-            new EndpointStrategy(0, 16, P::IEQ_AMOUNT, 1),
-            new EndpointStrategy(0, 16, P::DIALOG_ENHANCER_AMOUNT, 1),
-            new EndpointStrategy(0, 16, P::DIALOG_ENHANCER_DUCKING, 1),
-            new ProfileGeqParameterStrategy(-576, 576, P::GEQ_GAIN, 20),
-            new EndpointStrategy(0, 1, P::BASS_ENHANCER_ENABLE, 1),
-            new EndpointStrategy(0, 1, P::VIRTUAL_BASS_ENABLE, 1),
-            new EndpointStrategy(4, 64, P::HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, 1),
-            new ProfileParameterStrategy(0, 1, P::REVERB_SUPPRESSION_ENABLE, 1),
-            new ProfileParameterStrategy(0, 9, P::REVERB_SUPPRESSION_AMOUNT, 1),
-            new EndpointStrategy(0, 10, P::VOLUME_LEVELER_AMOUNT, 1),
-    };
+    const std::vector<SettingsTable::Row>& rows = SettingsTable::rows();
+    mStrategies.resize(rows.back().setting.id - kFirstId + 1);  // id 100 stays a hole
+    for (const SettingsTable::Row& row : rows) {
+        const client::Setting& s = row.setting;
+        std::unique_ptr<ParameterStrategy>& slot = mStrategies[s.id - kFirstId];
+        switch (s.level) {
+            case client::Setting::Level::PROFILE:
+                slot = std::make_unique<ProfileParameterStrategy>(s.min, s.max, row.parameter,
+                                                                  s.length);
+                break;
+            case client::Setting::Level::ENDPOINT:
+                slot = std::make_unique<ProfileEndpointParameterStrategy>(s.min, s.max,
+                                                                          row.parameter, s.length);
+                break;
+            case client::Setting::Level::GEQ:
+                slot = std::make_unique<ProfileGeqParameterStrategy>(s.min, s.max, row.parameter,
+                                                                     s.length);
+                break;
+            case client::Setting::Level::FIXED_ENDPOINT:
+                // The mode is the virtualizer's output mode for that endpoint.
+                slot = std::make_unique<VirtualizerStrategy>(
+                        s.min, s.max, row.parameter, s.length, row.endpoint,
+                        row.endpoint == Endpoint::HEADPHONE ? 3 : 0);
+                break;
+        }
+    }
 }
 
-ParameterAdapter::~ParameterAdapter() {
-    for (ParameterStrategy* strategy : mStrategies) delete strategy;
-}
+ParameterAdapter::~ParameterAdapter() = default;
 
 ParameterAdapter::ParameterStrategy* ParameterAdapter::lookup(int id, bool* pastEnd) const {
     int index = id - kFirstId;
     *pastEnd = index >= static_cast<int>(mStrategies.size());
     // Ids below the table are refused too, so a stray id never reads outside it.
     if (*pastEnd || index < 0) return nullptr;
-    return mStrategies[index];
+    return mStrategies[index].get();
 }
 
 ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupOrLog(int id) const {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "context/SxContext.h"
 #include "model/Parameter.h"
 #include "model/Vocabulary.h"
+#include "protocol/SettingsTable.h"
 
 namespace vessa {
 
@@ -85,7 +87,7 @@ class ParameterAdapter {
         [[maybe_unused]] int mMode;  // kept from the construction table; no operation reads it
     };
 
-    static constexpr int kFirstId = 100;
+    static constexpr int kFirstId = SettingsTable::kBaseId;
 
     explicit ParameterAdapter(SxContext* context);
     ~ParameterAdapter();
@@ -109,7 +111,8 @@ class ParameterAdapter {
     ParameterStrategy* lookupForWrite(int id) const;
 
     SxContext* mContext;
-    std::vector<ParameterStrategy*> mStrategies;
+    // Indexed by id - kFirstId; a null entry is an unsupported id.
+    std::vector<std::unique_ptr<ParameterStrategy>> mStrategies;
 };
 
 }  // namespace vessa

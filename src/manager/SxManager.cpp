@@ -9,8 +9,6 @@ namespace vessa {
 namespace {
 constexpr const char* kTag = "SxManager";
 constexpr const char* kEffectName = "SxService";
-constexpr int kBassEnhancerEnableId = 111;
-constexpr int kVirtualBassEnableId = 112;
 constexpr int kEffectVersionCommand = 3;
 constexpr size_t kEffectVersionWords = 20;  // an 80-byte answer buffer
 }  // namespace
@@ -193,8 +191,8 @@ bool SxManager::setParameter(int profileId, int paramId, std::vector<int> values
     mParameterAdapter->setParameter(profileId, paramId, values);
     // Writing the bass enhancer switch also sets the virtual bass switch; the
     // reverse does not hold.
-    if (paramId == kBassEnhancerEnableId) {
-        mParameterAdapter->setParameter(profileId, kVirtualBassEnableId, values);
+    if (paramId == SettingsTable::kBassEnhancer) {
+        mParameterAdapter->setParameter(profileId, SettingsTable::kVirtualBass, values);
     }
     return true;
 }
@@ -233,8 +231,8 @@ bool SxManager::setProfilePortParameter(int profileId, int port, int paramId,
     Endpoint endpoint;
     if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return false;
     mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, values);
-    if (paramId == kBassEnhancerEnableId) {
-        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, kVirtualBassEnableId,
+    if (paramId == SettingsTable::kBassEnhancer) {
+        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, SettingsTable::kVirtualBass,
                                                        values);
     }
     return true;

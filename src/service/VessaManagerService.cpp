@@ -13,8 +13,9 @@
 #include "platform/ABuffer.h"
 #include "platform/AupParamStore.h"
 #include "platform/LogRepeats.h"
-#include "service/ClientBuffer.h"
-#include "service/FourCC.h"
+#include "protocol/ClientBuffer.h"
+#include "protocol/PqsProtocol.h"
+#include "protocol/SettingsTable.h"
 
 namespace android {
 
@@ -23,14 +24,10 @@ namespace {
 constexpr const char* kTag = "VessaManagerService";
 constexpr const char* kLooperName = "VessaManagerService EventHandler";
 constexpr const char* kPresetNames[] = {"off", "detailed", "balanced", "warm"};
-constexpr int kIeqPresetId = 104;
-constexpr int kDialogEnhancerEnableId = 105;
-constexpr int kDialogEnhancerAmountId = 108;
-
-// Blob commands of setAupParam; the number stands in the fourth byte of word 0.
-constexpr int32_t blobCommand(int number) {
-    return static_cast<int32_t>(number) << 24;
-}
+using vessa::ClientBuffer;
+using vessa::PqsProtocol;
+using vessa::SettingsTable;
+using vessa::client::IntCode;
 
 // A client failing, or repeating a refused request, again and again must not
 // write the log full.
@@ -146,42 +143,42 @@ sp<ABuffer> VessaManagerService::EventHandler::apply(const sp<AMessage>& msg) {
     }
 }
 
-void VessaManagerService::EventHandler::parseAndSendParam(void* blob, uint32_t length) {
-    ClientBuffer in(blob, length);
-    int32_t command = in.word(0);
+void VessaManagerService::EventHandler::parseAndSendParam(void* data, uint32_t length) {
+    PqsProtocol::Blob blob = PqsProtocol::readBlob(data, length);
     int32_t answer = 0;
     bool answered = true;
     // One access for the whole blob: readers never see half of a command.
     SerializedManager::Access manager = mManager->lock();
-    if (command == blobCommand(0)) {
-        answer = in.word(2);
-        manager->setSxOn(answer > 0);
-        manager->saveSxState();
-    } else if (command == blobCommand(1)) {
-        std::vector<int> values;
-        for (uint32_t i = 0; length > 19 && i < (length - 16) / 4; ++i)
-            values.push_back(in.word(4 + i));
-        manager->setParameter(in.word(2), in.word(3), values);
-        answered = false;
-    } else if (command == blobCommand(2)) {
-        std::vector<int> values;
-        for (uint32_t i = 0; length > 23 && i < (length - 20) / 4; ++i)
-            values.push_back(in.word(5 + i));
-        manager->setProfilePortParameter(in.word(2), in.word(3), in.word(4), values);
-        answered = false;
-    } else if (command == blobCommand(10)) {
-        answer = in.word(2);
-        if (manager->setSelectedProfile(answer) && manager->getSelectedProfile() == answer) {
-            manager->saveSxProfile();
-        }
-    } else if (command == blobCommand(12)) {
-        answer = in.word(2);
-        manager->resetProfile(answer);
-    } else {
-        answered = false;
+    switch (blob.command) {
+        case PqsProtocol::kOnOff:
+            answer = blob.values[0];
+            manager->setSxOn(answer > 0);
+            manager->saveSxState();
+            break;
+        case PqsProtocol::kSetParameter:
+            manager->setParameter(blob.profile, blob.id, blob.values);
+            answered = false;
+            break;
+        case PqsProtocol::kSetPortParameter:
+            manager->setProfilePortParameter(blob.profile, blob.port, blob.id, blob.values);
+            answered = false;
+            break;
+        case PqsProtocol::kSelectProfile:
+            answer = blob.profile;
+            if (manager->setSelectedProfile(answer) && manager->getSelectedProfile() == answer) {
+                manager->saveSxProfile();
+            }
+            break;
+        case PqsProtocol::kResetProfile:
+            answer = blob.profile;
+            manager->resetProfile(answer);
+            break;
+        default:
+            answered = false;
+            break;
     }
-    // Word 1 carries the applied value back to the clients.
-    if (answered && length >= 8) memcpy(static_cast<uint8_t*>(blob) + 4, &answer, sizeof(answer));
+    // The answer slot carries the applied value back to the clients.
+    if (answered) PqsProtocol::writeAnswer(data, length, answer);
 }
 
 // ---- VessaManagerService ----
@@ -221,38 +218,38 @@ vessa::Port VessaManagerService::activePort() const {
 }
 
 int64_t VessaManagerService::getIntParam(uint32_t code) {
-    switch (code) {
-        case fourCC("ADEV"):
+    switch (static_cast<IntCode>(code)) {
+        case IntCode::ACTIVE_DEVICE:
             return getActiveDevice();
-        case fourCC("APMO"):
+        case IntCode::MOBILITY_PROFILE:
             return isMobilityProfileSelected() ? 1 : 0;
-        case fourCC("CHCT"):
+        case IntCode::CHANNEL_COUNT:
             return mChannelCount;
-        case fourCC("AUPO"):
+        case IntCode::EFFECT_ON:
             return getAupEnabled() ? 1 : 0;
-        case fourCC("DCCP"):
+        case IntCode::DECODER_CLIENT:
             return hasDecCP() ? 1 : 0;
-        case fourCC("DDSA"):
+        case IntCode::SURROUND_SPEAKER_ANGLE:
             return getTuningParamDSA();
-        case fourCC("DEAM"):
+        case IntCode::DIALOG_ENHANCER_AMOUNT:
             return getDialogEnhancerAmount();
-        case fourCC("DFSA"):
+        case IntCode::FRONT_SPEAKER_ANGLE:
             return getTuningParamDFSA();
-        case fourCC("DHSA"):
+        case IntCode::HEIGHT_SPEAKER_ANGLE:
             return getTuningParamDHSA();
-        case fourCC("DTFV"):
+        case IntCode::FORMAT_VERSION:
             return getDefaultXmlFormatVersion();
-        case fourCC("DVLA"):
+        case IntCode::VOLUME_LEVELER_AMOUNT:
             return getVolumeLevelerAount();
-        case fourCC("GDEA"):
+        case IntCode::GAME_CLIENT:
             return mGameClientRegistered;
-        case fourCC("LCTP"):
+        case IntCode::LAST_DECODER_TYPE:
             return mLastCodecType;
-        case fourCC("LCTM"):
+        case IntCode::LAST_DEVICE_QUERY:
             return mLastDeviceQueryTime;
-        case fourCC("SPKM"):
+        case IntCode::MONO_SPEAKER:
             return isMonoInternalSpeaker() ? 1 : 0;
-        case fourCC("SPKP"):
+        case IntCode::SPEAKER_PORTRAIT:
             return isSpeakerPortraitMode() ? 1 : 0;
         default:
             return -1;
@@ -260,7 +257,7 @@ int64_t VessaManagerService::getIntParam(uint32_t code) {
 }
 
 void VessaManagerService::setIntParam(uint32_t code, int64_t) {
-    if (code != fourCC("RLTF")) return;
+    if (static_cast<IntCode>(code) != IntCode::RELOAD_TUNING) return;
     __android_log_print(ANDROID_LOG_DEBUG, kTag,
                         "Notify clients that AUP params changed after reload tuning file.");
     // Reloaded under the manager's lock; clients are told after it is released.
@@ -309,37 +306,32 @@ int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, 
         __android_log_print(ANDROID_LOG_ERROR, kTag, "%s : Invalid input length!",
                             "packAndReceiveParam");
     }
-    ClientBuffer request(in, inLength);
-    uint32_t command = request.bigEndianAt(0);
-    int32_t a = request.wordAtOffset(4);
-    int32_t b = request.wordAtOffset(8);
+    PqsProtocol::Query query = PqsProtocol::readQuery(in, inLength);
     std::vector<int> values;
     bool oneWord = true;
     SerializedManager::Access manager = mManager.lock();
-    switch (command) {
-        case 0:
+    switch (query.command) {
+        case PqsProtocol::kQueryOnOff:
             values = {manager->getSxOn() ? 1 : 0};
             break;
-        case 1:
-            values = manager->getParameter(b, a);
+        case PqsProtocol::kQueryParameter:
+            values = manager->getParameter(query.profile, query.id);
             oneWord = false;
             break;
-        case 2: {
-            uint8_t packed = request.byteAt(8);
-            values = manager->getProfilePortParameter(packed >> 4, packed & 0x0f, a);
+        case PqsProtocol::kQueryPortParameter:
+            values = manager->getProfilePortParameter(query.profile, query.port, query.id);
             oneWord = false;
             break;
-        }
-        case 3:
+        case PqsProtocol::kQueryProfileCount:
             values = {manager->getNumOfProfiles()};
             break;
-        case 10:
+        case PqsProtocol::kQuerySelectedProfile:
             values = {manager->getSelectedProfile()};
             break;
-        case 11:
-            values = {manager->isProfileModified(a) ? 1 : 0};
+        case PqsProtocol::kQueryProfileModified:
+            values = {manager->isProfileModified(query.profile) ? 1 : 0};
             break;
-        case 13:
+        case PqsProtocol::kQueryMonoSpeaker:
             values = {manager->isMonoInternalSpeaker() ? 1 : 0};
             break;
         default:
@@ -450,8 +442,7 @@ void VessaManagerService::registerClient(const sp<IPqsCallbacks>& callbacks, int
     } else {
         __android_log_print(ANDROID_LOG_WARN, kTag, "register uid already existing 0x%x", key);
     }
-    const int32_t notice[2] = {-1, 0};
-    mEventHandler->sendMessage(notice, sizeof(notice), kWhatRegisterClient);
+    sendRegistrationNotice();
     if (isDecoderType(type)) {
         mLastCodecType = type;
         __android_log_print(ANDROID_LOG_DEBUG, kTag, "Last registered codec type is %d", type);
@@ -493,10 +484,15 @@ void VessaManagerService::unregisterClient(const sp<IPqsCallbacks>& callbacks, i
     if (mManagerReady && !isDecoderType(client->type()) && client->type() != kGameClientType) {
         mManager.lock()->saveSxStateAndSettings();
     }
-    const int32_t notice[2] = {-1, 0};
-    mEventHandler->sendMessage(notice, sizeof(notice), kWhatRegisterClient);
+    sendRegistrationNotice();
     __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) exit", "unregisterClient",
                         type, uid);
+}
+
+void VessaManagerService::sendRegistrationNotice() {
+    static const PqsProtocol::Bytes kNotice = PqsProtocol::registrationNotice();
+    mEventHandler->sendMessage(kNotice.data(), static_cast<uint32_t>(kNotice.size()),
+                               kWhatRegisterClient);
 }
 
 void VessaManagerService::removeNotificationClient(uint32_t key) {
@@ -567,9 +563,9 @@ int VessaManagerService::getDialogEnhancerAmount() {
     int profile = manager->getSelectedProfile();
     int port = static_cast<int>(activePort());
     std::vector<int> enable =
-            manager->getProfilePortParameter(profile, port, kDialogEnhancerEnableId);
+            manager->getProfilePortParameter(profile, port, SettingsTable::kDialogEnhancer);
     std::vector<int> amount =
-            manager->getProfilePortParameter(profile, port, kDialogEnhancerAmountId);
+            manager->getProfilePortParameter(profile, port, SettingsTable::kDialogEnhancerAmount);
     if (enable.empty() || amount.empty()) return -1;
     return enable[0] != 0 ? amount[0] : 0;
 }
@@ -630,9 +626,9 @@ std::string VessaManagerService::dumpText() {
     };
     SerializedManager::Access manager = mManager.lock();
     int profile = manager->getSelectedProfile();
-    int preset = firstOr(manager->getParameter(profile, kIeqPresetId), 0);
+    int preset = firstOr(manager->getParameter(profile, SettingsTable::kIeqPreset), 0);
     if (preset < 0 || preset > 3) preset = 0;
-    int dialogEnhancer = firstOr(manager->getParameter(profile, kDialogEnhancerEnableId), 0);
+    int dialogEnhancer = firstOr(manager->getParameter(profile, SettingsTable::kDialogEnhancer), 0);
     append("ZAN Status : %s\n", manager->getSxOn() ? "on" : "off");
     append("Profile ID : %d\n", profile);
     append("Profile IEQ Preset : %s\n", kPresetNames[preset]);

@@ -116,6 +116,8 @@ class VessaManagerService : public IPqs {
     static int64_t parseFormatVersion(const std::string& version);
 
     void removeNotificationClient(uint32_t key);
+    // Tells every client that the set of clients changed.
+    void sendRegistrationNotice();
     // Sends the bytes to every registered client, one at a time, under the lock.
     void doOnAupParamUpdate(const void* data, uint32_t length);
     void dumpPermissionDenial(int fd);

@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "MockPqs.h"
-#include "PqsClient.h"
+#include "client/PqsClient.h"
 #include "PrivateBus.h"
 #include "dbus/PqsServer.h"
 #include "platform/LogCapture.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "PqsClient.h"
-#include "PqsRequest.h"
+#include "client/PqsClient.h"
+#include "protocol/PqsProtocol.h"
 #include "PrivateBus.h"
 #include "dbus/PqsNames.h"
 

@@ -9,7 +9,6 @@
 
 #include "DaemonFixture.h"
 #include "dbus/PqsNames.h"
-#include "service/FourCC.h"
 
 namespace vessa::test {
 namespace {
@@ -44,8 +43,8 @@ TEST_F(EndToEndTest, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
                   "108 dialog-enhancer-amount: 16\n",
                   "profile 2: 108 dialog-enhancer-amount = 20\n"},
                  {{"port-set", "2", "headphone", "105", "0"},
-                  "105 dialog-enhancer-enable (port 3 headphone): 0\n",
-                  "profile 2, port 3 headphone: 105 dialog-enhancer-enable = 0\n"},
+                  "105 dialog-enhancer (port 3 headphone): 0\n",
+                  "profile 2, port 3 headphone: 105 dialog-enhancer = 0\n"},
                  {{"select", "0", "internal_speaker_quad"},
                   "port 0 internal_speaker: internal_speaker_quad\n",
                   "tuning device selected: internal_speaker_quad\n"},
@@ -61,9 +60,11 @@ TEST_F(EndToEndTest, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
     // The in-process client got the applied blob, word 1 holding the selected profile.
     Bytes update;
     ASSERT_TRUE(inProcess->waitForUpdate(
-            [](const Bytes& b) { return PqsRequest::blobCommand(b) == PqsRequest::kSelectProfile; },
+            [](const Bytes& b) {
+                return PqsProtocol::readUpdate(b).kind == client::Update::Kind::PROFILE_SELECTED;
+            },
             5s, &update));
-    EXPECT_EQ(2, PqsRequest::word(update, 1));
+    EXPECT_EQ(2, PqsProtocol::readUpdate(update).answer);
 
     EXPECT_THAT(ctl({"status"}),
                 AllOf(HasSubstr("effect   off\n"), HasSubstr("profile  2 Music (5 profiles)\n")));
@@ -88,7 +89,7 @@ TEST_F(EndToEndTest, KilledDecoderClientIsRemoved) {
     startService();
     std::unique_ptr<PqsClient> probe = connectClient();
     auto intParam = [&probe](const char(&code)[5]) {
-        return probe->service().getIntParam(android::fourCC(code));
+        return probe->service().getIntParam(client::fourCC(code));
     };
     EXPECT_EQ(0, intParam("DCCP"));
     ChildProcess decoder(ctlArgs({"--type", "2", "--uid", "1013", "watch"}), dir);
@@ -159,10 +160,10 @@ TEST_F(EndToEndTest, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFlowing) 
         EXPECT_EQ(2999 - 15, refused);
     }
     for (int profile : {1, 2, 3, 0, 4, 1}) {
-        Bytes request = PqsRequest::selectProfile(profile);
+        Bytes request = PqsProtocol::selectProfile(profile);
         ASSERT_EQ(0, genuine->service().setAupParam(request));
         EXPECT_TRUE(genuine->waitForUpdate(
-                [&](const Bytes& b) { return PqsRequest::isEchoOf(b, request); }, 10s))
+                [&](const Bytes& b) { return PqsProtocol::isEchoOf(b, request); }, 10s))
                 << profile << "\n"
                 << vessad->err();
     }
@@ -204,7 +205,7 @@ TEST_F(EndToEndTest, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStay
                     << call.args[0] << " " << call.args.back();
         }
     };
-    const std::string channelCount = std::to_string(android::fourCC("CHCT"));
+    const std::string channelCount = std::to_string(client::fourCC("CHCT"));
     // Before any client registered.
     check({{{"getIntParam", "u", channelCount}, "x 2\n"},
            {{"getProfileName", "i", "1"}, "s \"\"\n"},
@@ -226,7 +227,7 @@ TEST_F(EndToEndTest, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStay
            // A short request reads as zeros: command 0, the on/off state.
            {{"getAupParam", "ayu", "2", "0", "0", "8"}, "iay 0 8 1 0 0 0 0 0 0 0\n"},
            {{"setAupParam", "ay", "5", "0", "0", "0", "1", "9"}, "i 0\n"},
-           {{"setParam", "uuai", "2", std::to_string(android::fourCC("DEON")), "0"}, "i 0\n"},
+           {{"setParam", "uuai", "2", std::to_string(client::fourCC("DEON")), "0"}, "i 0\n"},
            {{"commitChange"}, "i 0\n"}});
     EXPECT_EQ(-22, connectClient()->service().setAupParam(Bytes(64 * 1024 + 4, 0)));
     check({{{"getIntParam", "u", channelCount}, "x 2\n"}});

@@ -30,8 +30,8 @@ class FaultTest : public DaemonFixture {
         reader->registerClient(1, 9000);
         auto amount = [&](int profile) {
             auto [status, out] = reader->service().getAupParam(
-                    PqsRequest::query(PqsRequest::kQueryParameter, 108, profile), 4);
-            return PqsRequest::word(out, 0);
+                    PqsProtocol::query(PqsProtocol::kQueryParameter, profile, 108), 4);
+            return PqsProtocol::word(out.data(), out.size(), 0);
         };
         return {amount(1), amount(2)};
     }
@@ -49,10 +49,10 @@ TEST_F(FaultTest, AKillDuringASaveLeavesTheOldStateOrTheNewNeverAMixture) {
         std::unique_ptr<PqsClient> client = connectClient();
         client->registerClient(0, 7000);
         for (int profile : {1, 2}) {
-            Bytes blob = PqsRequest::setParameter(profile, 108, {value});
+            Bytes blob = PqsProtocol::setParameter(profile, 108, {value});
             ASSERT_EQ(0, client->service().setAupParam(blob));
             ASSERT_TRUE(client->waitForUpdate(
-                    [&](const Bytes& b) { return PqsRequest::isEchoOf(b, blob); }, 5s));
+                    [&](const Bytes& b) { return PqsProtocol::isEchoOf(b, blob); }, 5s));
         }
         std::thread leave([&client] {
             try {

@@ -18,27 +18,24 @@
 #include "FakeClient.h"
 #include "ServiceTestSupport.h"
 #include "platform/AupParamStore.h"
-#include "service/FourCC.h"
+#include "protocol/SettingsTable.h"
 #include "service/VessaManagerService.h"
 
 namespace android {
 namespace {
 
-using test::blob;
-using test::FakeClient;
-using test::query;
+using namespace test;
 using namespace std::chrono_literals;
+using vessa::SettingsTable;
 
 vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
 
 constexpr int kProfiles = 5;
 constexpr int kPorts = 6;
-constexpr int kIeqPresetId = 104;
+constexpr int kPreset = SettingsTable::kIeqPreset;
 
-class ConcurrencyTest : public ::testing::Test {
+class ConcurrentClients : public AFreshService {
   protected:
-    ConcurrencyTest() : service(new VessaManagerService()) {}
-
     // Runs every body on its own thread, in a loop, until the time is up;
     // returns how many rounds each made.
     static std::vector<int> runTogether(const std::vector<std::function<void(int)>>& bodies,
@@ -57,19 +54,14 @@ class ConcurrencyTest : public ::testing::Test {
         return rounds;
     }
 
-    // The IEQ preset as command 1 (profile-wide) or 2 (profile and port) reads it.
+    // The IEQ preset as a profile-wide or a port query reads it.
     int32_t readPreset(int profile, int port) {
-        std::vector<uint8_t> in = port < 0 ? query(1, kIeqPresetId, profile)
-                                           : query(2, kIeqPresetId, profile << 4 | port);
-        int32_t out = -100;
-        EXPECT_EQ(0, service->getAupParam(in.data(), in.size(), &out, sizeof(out)));
-        return out;
+        return ask(port < 0 ? PqsProtocol::query(PqsProtocol::kQueryParameter, profile, kPreset)
+                            : PqsProtocol::portQuery(profile, port, kPreset))[0];
     }
-
-    sp<VessaManagerService> service;
 };
 
-TEST_F(ConcurrencyTest, FirstRegistrationsAtOnceInitialiseTheManagerOnce) {
+TEST_F(ConcurrentClients, InitialiseTheManagerOnceWhenTheyRegisterAtOnce) {
     vessa::AupParamStore& store = vessa::AupParamStore::getInstance();
     for (int attempt = 0; attempt < 10; ++attempt) {
         sp<VessaManagerService> fresh = new VessaManagerService();
@@ -87,10 +79,15 @@ TEST_F(ConcurrencyTest, FirstRegistrationsAtOnceInitialiseTheManagerOnce) {
         ASSERT_TRUE(a->waitForUpdates(1) && b->waitForUpdates(1));
         // One controller observes the context: a profile-wide change is one batch.
         uint64_t commits = store.getCommitCount();
-        std::vector<uint8_t> in = query(1, 114, 0);
-        int32_t current = -1;
+        // A change of the selected profile reaches the effect.
+        int32_t profile = -1, current = -1;
+        Bytes in = PqsProtocol::query(PqsProtocol::kQuerySelectedProfile);
+        fresh->getAupParam(in.data(), in.size(), &profile, sizeof(profile));
+        in = PqsProtocol::query(PqsProtocol::kQueryParameter, profile,
+                                SettingsTable::kReverbSuppression);
         fresh->getAupParam(in.data(), in.size(), &current, sizeof(current));
-        std::vector<uint8_t> change = blob({1 << 24, 0, 0, 114, current == 0 ? 1 : 0});
+        Bytes change = PqsProtocol::setParameter(profile, SettingsTable::kReverbSuppression,
+                                                 {current == 0 ? 1 : 0});
         size_t seen = a->updateCount();
         fresh->setAupParam(change.data(), change.size());
         ASSERT_TRUE(a->waitForUpdate(change, seen));
@@ -100,12 +97,12 @@ TEST_F(ConcurrencyTest, FirstRegistrationsAtOnceInitialiseTheManagerOnce) {
     }
 }
 
-TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) {
+TEST_F(ConcurrentClients, AlwaysGetAnswersInRangeWhileEveryKindOfRequestRuns) {
     sp<FakeClient> ui = new FakeClient();
     service->registerClient(ui, 0, 100);
     ASSERT_TRUE(ui->waitForUpdates(1));
     gEnvironment->root->installOem(gEnvironment->root->sampleOem());
-    service->setIntParam(fourCC("RLTF"), 0);
+    service->setIntParam(static_cast<uint32_t>(IntCode::RELOAD_TUNING), 0);
 
     // With the OEM file merged, every reload lists the same devices.
     std::map<int, std::set<std::string>> devices;
@@ -130,23 +127,23 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
         EXPECT_EQ(1u, devices[port].count(service->getSelectedTuningDevice(port)));
         EXPECT_EQ(lengths[port], service->getAvailableTuningDevicesLen(port));
         EXPECT_EQ(names[profile], service->getProfileName(profile));
-        int64_t dialog = service->getIntParam(fourCC("DEAM"));
+        int64_t dialog = intParam(IntCode::DIALOG_ENHANCER_AMOUNT);
         EXPECT_TRUE(dialog >= -1 && dialog <= 16) << dialog;
-        int64_t leveler = service->getIntParam(fourCC("DVLA"));
+        int64_t leveler = intParam(IntCode::VOLUME_LEVELER_AMOUNT);
         EXPECT_TRUE(leveler >= 0 && leveler <= 10) << leveler;
-        EXPECT_EQ(3003000, service->getIntParam(fourCC("DTFV")));
+        EXPECT_EQ(3003000, intParam(IntCode::FORMAT_VERSION));
     };
     auto writer = [&](int round) {
         int profile = round % kProfiles;
-        std::vector<std::vector<uint8_t>> blobs = {
-                blob({1 << 24, 0, profile, kIeqPresetId, round % 4}),
-                blob({2 << 24, 0, profile, round % kPorts, kIeqPresetId, (round + 1) % 4}),
-                blob({2 << 24, 0, profile, round % kPorts, kIeqPresetId}),
-                blob({1 << 24, 0, profile, 107, round % 17}),
-                blob({10 << 24, 0, profile}),
-                blob({0 << 24, 0, round % 2}),
-                blob({12 << 24, 0, (profile + 1) % kProfiles})};
-        const std::vector<uint8_t>& blob = blobs[round % blobs.size()];
+        std::vector<Bytes> blobs = {
+                PqsProtocol::setParameter(profile, kPreset, {round % 4}),
+                PqsProtocol::setPortParameter(profile, round % kPorts, kPreset, {(round + 1) % 4}),
+                PqsProtocol::setPortParameter(profile, round % kPorts, kPreset, {}),
+                PqsProtocol::setParameter(profile, SettingsTable::kIeqAmount, {round % 17}),
+                PqsProtocol::selectProfile(profile),
+                PqsProtocol::onOff(round % 2 != 0),
+                PqsProtocol::resetProfile((profile + 1) % kProfiles)};
+        const Bytes& blob = blobs[round % blobs.size()];
         EXPECT_EQ(0, service->setAupParam(blob.data(), blob.size()));
         int port = round % kPorts;
         const std::string& device =
@@ -157,7 +154,7 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
         ui->waitForUpdates(seen + 2);
     };
     auto reloader = [&](int) {
-        service->setIntParam(fourCC("RLTF"), 0);
+        service->setIntParam(static_cast<uint32_t>(IntCode::RELOAD_TUNING), 0);
         std::this_thread::sleep_for(2ms);
     };
     auto registrar = [&](int round) {
@@ -169,14 +166,7 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
         service->unregisterClient(client, type, uid);  // an ordinary one saves everything
     };
     auto dumper = [&](int) {
-        int fds[2];
-        ASSERT_EQ(0, pipe(fds));
-        service->dump(fds[1], {});
-        close(fds[1]);
-        std::string text(4096, '\0');
-        ssize_t n = read(fds[0], text.data(), text.size());
-        close(fds[0]);
-        text.resize(n > 0 ? static_cast<size_t>(n) : 0);
+        std::string text = dumpText();
         EXPECT_EQ(0u, text.find("VessaManagerService Information dump:\nZAN Status : ")) << text;
         EXPECT_EQ(6, std::count(text.begin(), text.end(), '\n')) << text;
     };
@@ -185,15 +175,13 @@ TEST_F(ConcurrencyTest, EveryAnswerIsInRangeWhileAllKindsOfRequestsRunTogether) 
     for (size_t i = 0; i < rounds.size(); ++i) EXPECT_GT(rounds[i], 0) << "thread " << i;
 
     // The queue drains, and the last change is the state.
-    std::vector<uint8_t> last = blob({10 << 24, 2, 2});
+    Bytes last = PqsProtocol::selectProfile(2);
+    PqsProtocol::writeAnswer(last.data(), last.size(), 2);
     size_t seen = ui->updateCount();
     service->setAupParam(last.data(), last.size());
     ASSERT_TRUE(ui->waitForUpdate(last, seen, 30s));
-    EXPECT_EQ(0, service->getIntParam(fourCC("APMO")));
-    std::vector<uint8_t> selected = {0, 0, 0, 10};
-    int32_t profile = -1;
-    service->getAupParam(selected.data(), selected.size(), &profile, sizeof(profile));
-    EXPECT_EQ(2, profile);
+    EXPECT_EQ(0, intParam(IntCode::MOBILITY_PROFILE));
+    EXPECT_EQ(2, askWord(PqsProtocol::kQuerySelectedProfile));
     service->unregisterClient(ui, 0, 100);
 }
 

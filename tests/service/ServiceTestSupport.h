@@ -1,14 +1,21 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <cstring>
-#include <initializer_list>
+#include <string>
 #include <vector>
 
+#include "FakeClient.h"
 #include "SampleRoot.h"
+#include "protocol/PqsProtocol.h"
+#include "service/VessaManagerService.h"
 
 namespace android::test {
+
+using Bytes = vessa::PqsProtocol::Bytes;
+using vessa::PqsProtocol;
+using vessa::client::IntCode;
 
 // The one device root of the service tests, installed before the first test of the
 // binary; every test file asks for it here, so it is registered once.
@@ -18,18 +25,55 @@ inline vessa::test::SampleRootEnvironment& serviceRoot() {
     return *environment;
 }
 
-// Native 32-bit words as the bytes of a blob.
-inline std::vector<uint8_t> blob(std::initializer_list<int32_t> words) {
-    std::vector<uint8_t> bytes(words.size() * 4);
-    memcpy(bytes.data(), std::data(words), bytes.size());
-    return bytes;
-}
+// A fresh service that no client has started yet.
+class AFreshService : public ::testing::Test {
+  protected:
+    int64_t intParam(IntCode code) { return service->getIntParam(static_cast<uint32_t>(code)); }
+    // The words a query answers, in a buffer of `words` words pre-filled with -7.
+    std::vector<int32_t> ask(const Bytes& request, size_t words = 1) {
+        std::vector<int32_t> out(words, -7);
+        EXPECT_EQ(0, service->getAupParam(request.data(), request.size(), out.data(), words * 4));
+        return out;
+    }
+    int32_t askWord(PqsProtocol::QueryCommand command, int32_t profile = 0, int32_t id = 0) {
+        return ask(PqsProtocol::query(command, profile, id))[0];
+    }
+    // Registers and waits until the registration notice has gone round.
+    void registerAndSettle(const sp<FakeClient>& client, int type, uint32_t uid) {
+        size_t before = client->updateCount();
+        service->registerClient(client, type, uid);
+        ASSERT_TRUE(client->waitForUpdates(before + 1));
+    }
+    // Posts a blob and returns what `client` was sent for it.
+    Bytes apply(const sp<FakeClient>& client, const Bytes& blob) {
+        size_t before = client->updateCount();
+        EXPECT_EQ(0, service->setAupParam(blob.data(), blob.size()));
+        EXPECT_TRUE(client->waitForUpdates(before + 1));
+        return client->updates().back();
+    }
+    std::string dumpText() {
+        int fds[2];
+        EXPECT_EQ(0, pipe(fds));
+        service->dump(fds[1], {});
+        close(fds[1]);
+        std::string text(4096, '\0');
+        ssize_t n = read(fds[0], text.data(), text.size());
+        close(fds[0]);
+        text.resize(n > 0 ? static_cast<size_t>(n) : 0);
+        return text;
+    }
 
-// A getAupParam request: the command big-endian, then a and b.
-inline std::vector<uint8_t> query(uint32_t command, int32_t a, int32_t b) {
-    std::vector<uint8_t> in = blob({0, a, b});
-    for (int i = 0; i < 4; ++i) in[i] = static_cast<uint8_t>(command >> (24 - 8 * i));
-    return in;
-}
+    sp<VessaManagerService> service = new VessaManagerService();
+};
+
+// A service started by one ordinary client, which leaves (and so saves) at the end.
+class AServiceWithAClient : public AFreshService {
+  protected:
+    void SetUp() override { registerAndSettle(ui, 0, kUid); }
+    void TearDown() override { service->unregisterClient(ui, 0, kUid); }
+
+    static constexpr uint32_t kUid = 100;
+    sp<FakeClient> ui = new FakeClient();
+};
 
 }  // namespace android::test

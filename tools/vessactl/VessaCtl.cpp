@@ -1,40 +1,24 @@
 #include "VessaCtl.h"
 
-#include <sys/mman.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <ctime>
 #include <ostream>
-
-#include "ParameterTable.h"
-#include "dbus/BusConnection.h"
-#include "dbus/SignalWaiter.h"
-#include "effect/AupParameter.h"
-#include "service/FourCC.h"
 
 namespace vessa {
 
+using client::Client;
+using client::Error;
+using client::Setting;
+using client::Update;
+
 namespace {
 
-// How long a change may take to come back from the service's event thread.
-constexpr std::chrono::seconds kApplyTimeout(5);
-constexpr uint32_t kReloadCode = android::fourCC("RLTF");
-// The service's answer while no client has started its manager.
-constexpr int kNotReady = -19;
 constexpr size_t kMany = 64;
-
-std::string joined(const std::vector<int32_t>& values) {
-    std::string text;
-    for (int32_t v : values) text += (text.empty() ? "" : " ") + std::to_string(v);
-    return text;
-}
-
-std::string portText(int port) {
-    return "port " + std::to_string(port) + " " + ParameterTable::portName(port);
-}
 
 std::string padded(const std::string& text, size_t width) {
     return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
@@ -64,8 +48,9 @@ const VessaCtl::Command VessaCtl::kCommands[] = {
 };
 // clang-format on
 
-VessaCtl::VessaCtl(PqsClient& client, Identity identity, std::ostream& out, std::ostream& err)
-    : mClient(client), mIdentity(identity), mOut(out), mErr(err) {}
+VessaCtl::VessaCtl(Client& client, Client::Identity identity, const std::string& bus,
+                   std::ostream& out, std::ostream& err)
+    : mClient(client), mIdentity(identity), mBus(bus), mOut(out), mErr(err) {}
 
 const VessaCtl::Command* VessaCtl::findCommand(const std::string& name) {
     for (const Command* c = kCommands; c->name != nullptr; ++c) {
@@ -88,16 +73,15 @@ void VessaCtl::printUsage(std::ostream& out) {
         out << "  " << padded(std::string(c->name) + " " + c->syntax, 34) << c->help << "\n";
     }
     out << "\nSetting ids (ID) and their ranges; the service clamps other values (not 101, 102):\n";
-    int count = 0;
-    const ParameterTable::ParamId* ids = ParameterTable::paramIds(&count);
-    for (int i = 0; i < count; ++i) {
-        std::string range = std::to_string(ids[i].min) + ".." + std::to_string(ids[i].max);
-        if (ids[i].length > 1) range += " (" + std::to_string(ids[i].length) + " values)";
-        out << "  " << ids[i].id << "  " << padded(range, 22) << ids[i].meaning << "\n";
+    for (const Setting& setting : Client::settings()) {
+        std::string range = std::to_string(setting.min) + ".." + std::to_string(setting.max);
+        if (setting.length > 1) range += " (" + std::to_string(setting.length) + " values)";
+        out << "  " << setting.id << "  " << padded(setting.name, 26) << padded(range, 22)
+            << setting.help << "\n";
     }
     out << "\nPorts (PORT, a number or a name):";
-    for (int port = 0; port < ParameterTable::kNumPorts; ++port) {
-        out << " " << port << " " << ParameterTable::portName(port);
+    for (int port = 0; port < Client::kNumPorts; ++port) {
+        out << " " << port << " " << Client::portName(port);
     }
     out << "\n"
            "\n"
@@ -115,6 +99,10 @@ int VessaCtl::fail(const std::string& message) {
     return kFailed;
 }
 
+int VessaCtl::fail(const Error& error) {
+    return fail(error.message);
+}
+
 int VessaCtl::usage(const std::string& message) {
     mErr << "vessactl: " << message << " (see vessactl --help)" << std::endl;
     return kUsage;
@@ -129,17 +117,9 @@ int VessaCtl::run(const Args& args) {
     if (rest.size() < command->minArgs || rest.size() > command->maxArgs) {
         return usage(std::string("usage: vessactl ") + command->name + " " + command->syntax);
     }
-    int result;
-    try {
-        result = (this->*command->run)(rest);
-    } catch (const sdbus::Error& e) {
-        return fail(mClient.explain(e));
-    }
-    try {
-        mClient.unregisterClient();
-    } catch (const sdbus::Error&) {
-        // The service or the bus went away: there is nothing left to leave.
-    }
+    int result = (this->*command->run)(rest);
+    // An error here means the service or the bus went away: nothing is left to leave.
+    mClient.unregister();
     return result;
 }
 
@@ -160,17 +140,20 @@ bool VessaCtl::parseNumber(const std::string& text, const char* what, long min, 
 }
 
 bool VessaCtl::parseProfile(const std::string& text, int* profile) {
-    ensureReady();
-    int count = profileCount();
-    if (count <= 0) {
+    client::Result<int> count = mClient.profileCount();
+    if (!count) {
+        fail(count.error());
+        return false;
+    }
+    if (count.value() <= 0) {
         fail("the service reports no profiles");
         return false;
     }
-    return parseNumber(text, "PROFILE", 0, count - 1, profile);
+    return parseNumber(text, "PROFILE", 0, count.value() - 1, profile);
 }
 
 bool VessaCtl::parsePort(const std::string& text, int* port) {
-    *port = ParameterTable::parsePort(text);
+    *port = Client::findPort(text);
     if (*port >= 0) return true;
     usage("PORT must be 0 to 6 or a port name, not '" + text + "'");
     return false;
@@ -178,82 +161,43 @@ bool VessaCtl::parsePort(const std::string& text, int* port) {
 
 bool VessaCtl::parseParamId(const std::string& text, int* id) {
     if (!parseNumber(text, "ID", 101, 116, id)) return false;
-    return ParameterTable::findParamId(*id) != nullptr;
-}
-
-// ---- talking to the service ----
-
-void VessaCtl::ensureRegistered() {
-    if (!mClient.registered()) mClient.registerClient(mIdentity.type, mIdentity.uid);
-}
-
-void VessaCtl::ensureReady() {
-    if (mClient.registered()) return;
-    int status = 0;
-    query(PqsRequest::query(PqsRequest::kQueryOnOff), 1, &status);
-    if (status == kNotReady) ensureRegistered();
-}
-
-bool VessaCtl::apply(const Bytes& blob) {
-    ensureRegistered();
-    int status = mClient.service().setAupParam(blob);
-    if (status != 0) {
-        fail("the service refused the request (status " + std::to_string(status) + ")");
-        return false;
-    }
-    auto echo = [&blob](const Bytes& update) { return PqsRequest::isEchoOf(update, blob); };
-    if (!mClient.waitForUpdate(echo, kApplyTimeout)) {
-        fail("the service accepted the request but did not confirm it in time");
-        return false;
-    }
-    return true;
-}
-
-std::vector<int32_t> VessaCtl::query(const Bytes& request, size_t words, int* status) {
-    auto [answer, bytes] =
-            mClient.service().getAupParam(request, static_cast<uint32_t>(words * sizeof(int32_t)));
-    if (status != nullptr) *status = answer;
-    return PqsRequest::words(bytes, 0);
-}
-
-int VessaCtl::profileCount() {
-    return query(PqsRequest::query(PqsRequest::kQueryProfileCount), 1)[0];
-}
-
-std::string VessaCtl::profileText(int profile) {
-    return std::to_string(profile) + " " + mClient.service().getProfileName(profile);
+    return Client::findSetting(*id) != nullptr;
 }
 
 // ---- commands ----
 
+std::string VessaCtl::profileText(int profile) {
+    return std::to_string(profile) + " " + mClient.profileName(profile).valueOr("");
+}
+
 int VessaCtl::status(const Args&) {
-    ensureReady();
-    bool on = query(PqsRequest::query(PqsRequest::kQueryOnOff), 1)[0] != 0;
-    int selected = query(PqsRequest::query(PqsRequest::kQuerySelectedProfile), 1)[0];
-    std::string saveError = mClient.service().SaveError();
+    client::Result<bool> on = mClient.effectEnabled();
+    if (!on) return fail(on.error());
+    int selected = mClient.selectedProfile().valueOr(-1);
+    std::string saveError = mClient.saveError().valueOr("");
     if (!saveError.empty()) mOut << "warning: settings not saved: " << saveError << "\n";
-    mOut << "effect   " << (on ? "on" : "off") << "\n"
-         << "profile  " << profileText(selected) << " (" << profileCount() << " profiles)\n"
+    mOut << "effect   " << (on.value() ? "on" : "off") << "\n"
+         << "profile  " << profileText(selected) << " (" << mClient.profileCount().valueOr(0)
+         << " profiles)\n"
          << "integer parameters:\n";
-    int count = 0;
-    const ParameterTable::IntCode* codes = ParameterTable::intCodes(&count);
-    for (int i = 0; i < count; ++i) {
-        int64_t value = mClient.service().getIntParam(ParameterTable::packIntCode(codes[i]));
-        std::string number = std::to_string(value);
-        mOut << "  " << codes[i].code << " "
+    for (const client::IntCodeInfo& code : Client::intCodes()) {
+        client::Result<int64_t> value = mClient.intParam(code.code);
+        if (!value) return fail(value.error());
+        std::string number = std::to_string(value.value());
+        mOut << "  " << code.name << " "
              << std::string(number.size() < 9 ? 9 - number.size() : 0, ' ') << number << "  "
-             << codes[i].meaning << "\n";
+             << code.meaning << "\n";
     }
     mOut.flush();
     return kOk;
 }
 
 int VessaCtl::profiles(const Args&) {
-    ensureReady();
-    int count = profileCount();
-    int selected = query(PqsRequest::query(PqsRequest::kQuerySelectedProfile), 1)[0];
-    for (int id = 0; id < count; ++id) {
-        bool modified = query(PqsRequest::query(PqsRequest::kQueryProfileModified, id), 1)[0] != 0;
+    client::Result<int> count = mClient.profileCount();
+    if (!count) return fail(count.error());
+    int selected = mClient.selectedProfile().valueOr(-1);
+    for (int id = 0; id < count.value(); ++id) {
+        bool modified = mClient.profileModified(id).valueOr(false);
         mOut << (id == selected ? "* " : "  ") << profileText(id)
              << (modified ? "  (modified)" : "") << "\n";
     }
@@ -262,10 +206,11 @@ int VessaCtl::profiles(const Args&) {
 }
 
 int VessaCtl::onOff(bool on) {
-    if (!apply(PqsRequest::onOff(on))) return kFailed;
-    bool now = query(PqsRequest::query(PqsRequest::kQueryOnOff), 1)[0] != 0;
-    mOut << "effect " << (now ? "on" : "off") << std::endl;
-    return now == on ? kOk : fail("the effect did not switch");
+    if (client::Result<void> done = mClient.setEffectEnabled(on); !done) return fail(done.error());
+    client::Result<bool> now = mClient.effectEnabled();
+    if (!now) return fail(now.error());
+    mOut << "effect " << (now.value() ? "on" : "off") << std::endl;
+    return now.value() == on ? kOk : fail("the effect did not switch");
 }
 
 int VessaCtl::turnOn(const Args&) {
@@ -279,8 +224,10 @@ int VessaCtl::turnOff(const Args&) {
 int VessaCtl::selectProfile(const Args& args) {
     int profile = 0;
     if (!parseProfile(args[0], &profile)) return kUsage;
-    if (!apply(PqsRequest::selectProfile(profile))) return kFailed;
-    int selected = query(PqsRequest::query(PqsRequest::kQuerySelectedProfile), 1)[0];
+    if (client::Result<void> done = mClient.selectProfile(profile); !done) {
+        return fail(done.error());
+    }
+    int selected = mClient.selectedProfile().valueOr(-1);
     mOut << "profile " << profileText(selected) << std::endl;
     return selected == profile ? kOk : fail("the profile was not selected");
 }
@@ -288,30 +235,25 @@ int VessaCtl::selectProfile(const Args& args) {
 int VessaCtl::resetProfile(const Args& args) {
     int profile = 0;
     if (!parseProfile(args[0], &profile)) return kUsage;
-    if (!apply(PqsRequest::resetProfile(profile))) return kFailed;
+    if (client::Result<void> done = mClient.resetProfile(profile); !done) {
+        return fail(done.error());
+    }
     mOut << "profile " << profileText(profile) << " reset" << std::endl;
     return kOk;
 }
 
 int VessaCtl::printParameter(int profile, int port, int id) {
-    const ParameterTable::ParamId* info = ParameterTable::findParamId(id);
-    size_t length = static_cast<size_t>(info->length);
-    // The port query packs the profile into four bits.
-    if (port >= 0 && profile > 15)
-        return fail("a port setting can be read for profiles 0 to 15 only");
-    Bytes request = port < 0 ? PqsRequest::query(PqsRequest::kQueryParameter, id, profile)
-                             : PqsRequest::portQuery(profile, port, id);
-    int status = 0;
-    std::vector<int32_t> values = query(request, length, &status);
-    if (status != 0) return fail("the service answered status " + std::to_string(status));
-    mOut << id << " " << info->name;
-    if (port >= 0) mOut << " (" << portText(port) << ")";
-    mOut << ": " << joined(values) << std::endl;
+    client::Result<std::vector<int32_t>> values =
+            port < 0 ? mClient.setting(profile, id) : mClient.portSetting(profile, port, id);
+    if (!values) return fail(values.error());
+    mOut << id << " " << Client::findSetting(id)->name;
+    if (port >= 0) mOut << " (" << Client::describePort(port) << ")";
+    mOut << ": " << Client::describeValues(values.value()) << std::endl;
     return kOk;
 }
 
 int VessaCtl::setParameter(int profile, int port, int id, const Args& texts) {
-    const ParameterTable::ParamId* info = ParameterTable::findParamId(id);
+    const Setting* info = Client::findSetting(id);
     if (texts.size() != static_cast<size_t>(info->length)) {
         return usage(std::to_string(id) + " " + info->name + " takes " +
                      std::to_string(info->length) + " value(s)");
@@ -322,10 +264,14 @@ int VessaCtl::setParameter(int profile, int port, int id, const Args& texts) {
         if (!parseNumber(text, "VALUE", INT32_MIN, INT32_MAX, &value)) return kUsage;
         values.push_back(value);
     }
-    Bytes blob = port < 0 ? PqsRequest::setParameter(profile, id, values)
-                          : PqsRequest::setPortParameter(profile, port, id, values);
-    if (!apply(blob)) return kFailed;
-    return printParameter(profile, port, id);
+    client::Result<std::vector<int32_t>> stored =
+            port < 0 ? mClient.setSetting(profile, id, values)
+                     : mClient.setPortSetting(profile, port, id, values);
+    if (!stored) return fail(stored.error());
+    mOut << id << " " << info->name;
+    if (port >= 0) mOut << " (" << Client::describePort(port) << ")";
+    mOut << ": " << Client::describeValues(stored.value()) << std::endl;
+    return kOk;
 }
 
 int VessaCtl::get(const Args& args) {
@@ -361,24 +307,14 @@ int VessaCtl::portSet(const Args& args) {
 int VessaCtl::devices(const Args& args) {
     int port = 0;
     if (!parsePort(args[0], &port)) return kUsage;
-    ensureReady();
-    int length = mClient.service().getAvailableTuningDevicesLen(port);
-    Bytes names = mClient.service().getAvailableTuningDevices(port, length);
-    std::string selected = mClient.service().getSelectedTuningDevice(port);
-    mOut << portText(port) << ":\n";
-    std::string name;
-    bool any = false;
-    for (size_t i = 0; i <= names.size(); ++i) {
-        if (i < names.size() && names[i] != ' ' && names[i] != 0) {
-            name += static_cast<char>(names[i]);
-            continue;
-        }
-        if (name.empty()) continue;
+    client::Result<std::vector<std::string>> names = mClient.tuningDevices(port);
+    if (!names) return fail(names.error());
+    std::string selected = mClient.selectedTuningDevice(port).valueOr("");
+    mOut << Client::describePort(port) << ":\n";
+    for (const std::string& name : names.value()) {
         mOut << (name == selected ? "* " : "  ") << name << "\n";
-        name.clear();
-        any = true;
     }
-    if (!any) mOut << "  (no tuning devices)\n";
+    if (names.value().empty()) mOut << "  (no tuning devices)\n";
     mOut.flush();
     return kOk;
 }
@@ -386,45 +322,23 @@ int VessaCtl::devices(const Args& args) {
 int VessaCtl::selectDevice(const Args& args) {
     int port = 0;
     if (!parsePort(args[0], &port)) return kUsage;
-    ensureRegistered();
-    Bytes name(args[1].begin(), args[1].end());
-    mClient.service().setSelectedTuningDevice(port, name);
-    auto echo = [&name](const Bytes& update) { return update == name; };
-    if (!mClient.waitForUpdate(echo, kApplyTimeout)) {
-        return fail("the service did not confirm the selection in time");
+    if (client::Result<void> done = mClient.selectTuningDevice(port, args[1]); !done) {
+        return fail(done.error());
     }
-    std::string selected = mClient.service().getSelectedTuningDevice(port);
-    if (selected != args[1]) {
-        return fail(portText(port) + " keeps " + selected + ": '" + args[1] +
-                    "' is not one of its tuning devices");
-    }
-    mOut << portText(port) << ": " << selected << std::endl;
+    mOut << Client::describePort(port) << ": " << args[1] << std::endl;
     return kOk;
 }
 
 int VessaCtl::reload(const Args&) {
-    ensureRegistered();
-    mClient.service().setIntParam(kReloadCode, 0);
-    // Clients hear an empty update only when the reload succeeded.
-    auto reloaded = [](const Bytes& update) { return update.empty(); };
-    if (!mClient.waitForUpdate(reloaded, kApplyTimeout)) {
-        return fail("the service did not reload the tuning (see its log)");
-    }
+    if (client::Result<void> done = mClient.reloadTuning(); !done) return fail(done.error());
     mOut << "tuning reloaded" << std::endl;
     return kOk;
 }
 
 int VessaCtl::dump(const Args&) {
-    // A memory file rather than a pipe: the service writes before it replies,
-    // so the text's size must not matter.
-    int fd = memfd_create("vessactl-dump", MFD_CLOEXEC);
-    if (fd < 0) return fail(std::string("cannot create the dump file: ") + strerror(errno));
-    mClient.service().dump(sdbus::UnixFd(fd), {});
-    lseek(fd, 0, SEEK_SET);
-    char buffer[4096];
-    ssize_t n;
-    while ((n = read(fd, buffer, sizeof(buffer))) > 0) mOut.write(buffer, n);
-    close(fd);
+    client::Result<std::string> text = mClient.dump();
+    if (!text) return fail(text.error());
+    mOut << text.value();
     mOut.flush();
     return kOk;
 }
@@ -432,21 +346,25 @@ int VessaCtl::dump(const Args&) {
 int VessaCtl::watch(const Args& args) {
     const bool follow = !args.empty() && args[0] == "--follow";
     if (!args.empty() && !follow) return usage("usage: vessactl watch [--follow]");
-    // Before registering starts the bus thread.
-    SignalWaiter events({SIGINT, SIGTERM});
-    mClient.setListener([this](const Bytes& update) {
-        mOut << PqsRequest::describeUpdate(update) << std::endl;
-    });
-    mClient.setChangeListener([&events] { events.wake(); });
-    ensureRegistered();
+    // Blocked before registering starts the bus thread, so only the wait below takes them.
+    sigset_t stop;
+    sigemptyset(&stop);
+    sigaddset(&stop, SIGINT);
+    sigaddset(&stop, SIGTERM);
+    sigprocmask(SIG_BLOCK, &stop, nullptr);
+    client::Result<void> listening = mClient.listen(
+            [this](const Update& update) { mOut << Client::describe(update) << std::endl; });
+    if (!listening) return fail(listening.error());
     mErr << "vessactl: watching as client type " << mIdentity.type << ", uid " << mIdentity.uid
          << " (Ctrl-C stops)" << std::endl;
     int result = kOk;
     bool away = false;
-    while (events.wait() == 0) {
+    // The presence of the service and the bus is looked at ten times a second.
+    const timespec tick = {0, 100 * 1000 * 1000};
+    while (sigtimedwait(&stop, nullptr, &tick) < 0) {
         std::string lost = mClient.busLost();
         if (!lost.empty()) {
-            result = fail("lost " + BusConnection::describe(mClient.bus()) + ": " + lost);
+            result = fail("lost " + Client::describeBus(mBus) + ": " + lost);
             break;
         }
         if (!mClient.serviceRunning() && !away) {
@@ -459,25 +377,26 @@ int VessaCtl::watch(const Args& args) {
                  << std::endl;
         } else if (mClient.serviceRunning() && away) {
             away = false;
-            mClient.registerAgain();
+            if (client::Result<void> again = mClient.registerAgain(); !again) {
+                result = fail(again.error());
+                break;
+            }
             mErr << "vessactl: the vessa service is back; registered again" << std::endl;
         }
     }
-    mClient.setChangeListener(nullptr);
-    mClient.setListener(nullptr);
+    mClient.listen(nullptr);
     return result;
 }
 
 int VessaCtl::store(const Args& args) {
     bool pending = !args.empty() && args[0] == "--pending";
     if (!args.empty() && !pending) return usage("usage: vessactl store [--pending]");
-    auto [status, entries] = mClient.service().getStoredParams(!pending);
-    if (status != 0) return fail("the store answered status " + std::to_string(status));
+    client::Result<std::vector<client::StoredParam>> entries = mClient.storedParams(!pending);
+    if (!entries) return fail(entries.error());
     char device[16];
-    for (const auto& entry : entries) {
-        snprintf(device, sizeof(device), "0x%x", entry.get<0>());
-        mOut << device << " " << vessa::unpackParameterCode(entry.get<1>()) << " "
-             << joined(entry.get<2>()) << "\n";
+    for (const client::StoredParam& entry : entries.value()) {
+        snprintf(device, sizeof(device), "0x%x", entry.device);
+        mOut << device << " " << entry.code << " " << Client::describeValues(entry.values) << "\n";
     }
     mOut.flush();
     return kOk;

@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "PqsClient.h"
-#include "PqsRequest.h"
+#include "vessa/Client.h"
 
 namespace vessa {
 
@@ -18,13 +17,8 @@ class VessaCtl {
     static constexpr int kFailed = 1;
     static constexpr int kUsage = 2;
 
-    // How this process registers with the service when it has to.
-    struct Identity {
-        int type = 0;
-        uint32_t uid = 0;
-    };
-
-    VessaCtl(PqsClient& client, Identity identity, std::ostream& out, std::ostream& err);
+    VessaCtl(client::Client& client, client::Client::Identity identity, const std::string& bus,
+             std::ostream& out, std::ostream& err);
 
     // Runs one command (its name first); returns the exit status.
     int run(const std::vector<std::string>& args);
@@ -34,7 +28,6 @@ class VessaCtl {
 
   private:
     using Args = std::vector<std::string>;
-    using Bytes = PqsRequest::Bytes;
     struct Command {
         const char* name;
         const char* syntax;
@@ -63,18 +56,12 @@ class VessaCtl {
     int watch(const Args& args);
     int store(const Args& args);
 
-    // Registers this process once; the service starts its manager on the first client.
-    void ensureRegistered();
-    // Registers only if the service has not started its manager yet.
-    void ensureReady();
-    // Sends a blob and waits until the service has applied it (its echo arrives).
-    bool apply(const Bytes& blob);
-    std::vector<int32_t> query(const Bytes& request, size_t words, int* status = nullptr);
-    int profileCount();
     std::string profileText(int profile);
     int onOff(bool on);
     int printParameter(int profile, int port, int id);
     int setParameter(int profile, int port, int id, const Args& values);
+    // The exit status for a failed call, with its message.
+    int fail(const client::Error& error);
 
     bool parseNumber(const std::string& text, const char* what, long min, long max, int* out);
     bool parseProfile(const std::string& text, int* profile);
@@ -83,8 +70,9 @@ class VessaCtl {
     int fail(const std::string& message);
     int usage(const std::string& message);
 
-    PqsClient& mClient;
-    Identity mIdentity;
+    client::Client& mClient;
+    client::Client::Identity mIdentity;
+    std::string mBus;
     std::ostream& mOut;
     std::ostream& mErr;
 };

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "PqsClient.h"
 #include "VessaCtl.h"
+#include "vessa/Client.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ bool parseOption(const std::string& text, long* out) {
 
 int main(int argc, char** argv) {
     std::string bus = "session";
-    vessa::VessaCtl::Identity identity;
+    vessa::client::Client::Identity identity;
     identity.uid = static_cast<uint32_t>(getpid());
     std::vector<std::string> args;
     for (int i = 1; i < argc; ++i) {
@@ -52,12 +52,11 @@ int main(int argc, char** argv) {
                   << " (see vessactl --help)\n";
         return vessa::VessaCtl::kUsage;
     }
-    vessa::PqsClient client(bus);
-    std::string error;
-    if (!client.connect(&error)) {
-        std::cerr << "vessactl: " << error << "\n";
+    auto client = vessa::client::Client::connect(bus, identity);
+    if (!client) {
+        std::cerr << "vessactl: " << client.error().message << "\n";
         return vessa::VessaCtl::kFailed;
     }
-    vessa::VessaCtl ctl(client, identity, std::cout, std::cerr);
+    vessa::VessaCtl ctl(client.value(), identity, bus, std::cout, std::cerr);
     return ctl.run(args);
 }

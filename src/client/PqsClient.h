@@ -19,6 +19,7 @@ namespace vessa {
 
 // A client of the vessa service on one bus connection: the generated IPqs calls,
 // plus, once registered, a callback object receiving the service's updates.
+// The calls throw sdbus::Error; the public Client turns that into results.
 class PqsClient {
   public:
     using Bytes = std::vector<uint8_t>;
@@ -26,7 +27,7 @@ class PqsClient {
     using ServiceCalls = vendor::vessa_v3_6::hardware::pqs360::IPqs_proxy;
 
     // The object path of this client's callback object.
-    static constexpr const char* kCallbacksPath = "/vessactl/callbacks";
+    static constexpr const char* kCallbacksPath = "/vessa/client/callbacks";
 
     explicit PqsClient(std::string bus);
     ~PqsClient();
@@ -37,7 +38,7 @@ class PqsClient {
     // False, with `error` set, when the bus cannot be reached.
     bool connect(std::string* error);
 
-    // The service's methods; they throw sdbus::Error (see explain()).
+    // The service's methods.
     ServiceCalls& service();
 
     // Exports the callback object and registers it as client (type, uid).
@@ -62,9 +63,6 @@ class PqsClient {
     // Registers again as before, after the service came back.
     void registerAgain();
 
-    // A sentence for a failed call: who is missing, or what the bus said.
-    std::string explain(const sdbus::Error& error) const;
-
   private:
     class Service final : public sdbus::ProxyInterfaces<ServiceCalls> {
       public:
@@ -83,6 +81,7 @@ class PqsClient {
     };
 
     void received(const Bytes& update);
+    static constexpr size_t kMaxQueued = 1024;
 
     void changed();
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace android {
+namespace vessa {
 
 // Bounds-checked access to a buffer a client sent. Words past the end read as
 // zero, so a short request behaves like one padded with zeros, and nothing is
@@ -30,4 +30,4 @@ class ClientBuffer {
     size_t mSize;
 };
 
-}  // namespace android
+}  // namespace vessa

@@ -1,4 +1,4 @@
-#include "PqsClient.h"
+#include "client/PqsClient.h"
 
 #include "dbus/BusConnection.h"
 #include "dbus/PqsNames.h"
@@ -124,6 +124,8 @@ void PqsClient::received(const Bytes& update) {
     Listener listener;
     {
         std::lock_guard<std::mutex> guard(mLock);
+        // Nobody may be waiting (a watch only listens): keep the newest ones.
+        if (mUpdates.size() >= kMaxQueued) mUpdates.pop_front();
         mUpdates.push_back(update);
         listener = mListener;
     }
@@ -153,31 +155,6 @@ bool PqsClient::waitForUpdate(const std::function<bool(const Bytes&)>& match,
 void PqsClient::setListener(Listener listener) {
     std::lock_guard<std::mutex> guard(mLock);
     mListener = std::move(listener);
-}
-
-std::string PqsClient::explain(const sdbus::Error& error) const {
-    const std::string name = error.getName();
-    const std::string where = BusConnection::describe(mBus);
-    auto is = [&name](const char* member) {
-        return name == std::string("org.freedesktop.DBus.Error.") + member;
-    };
-    if (is("ServiceUnknown") || is("NameHasNoOwner")) {
-        return std::string("the vessa service (") + kPqsServiceName + ") is not running on " +
-               where + "; start it with: vessad --bus " + mBus;
-    }
-    if (is("NoReply") || is("Timeout") || is("TimedOut")) {
-        return "the vessa service on " + where + " did not answer in time";
-    }
-    if (is("AccessDenied")) {
-        return "the bus refused the call (see the policy file "
-               "etc/vendor.vessa_v3_6.hardware.pqs360.conf): " +
-               error.getMessage();
-    }
-    if (is("UnknownObject") || is("UnknownInterface") || is("UnknownMethod")) {
-        return std::string("the owner of ") + kPqsServiceName + " on " + where +
-               " does not serve this request: " + error.getMessage();
-    }
-    return name + ": " + error.getMessage();
 }
 
 }  // namespace vessa

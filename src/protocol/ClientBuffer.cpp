@@ -1,8 +1,8 @@
-#include "service/ClientBuffer.h"
+#include "protocol/ClientBuffer.h"
 
 #include <cstring>
 
-namespace android {
+namespace vessa {
 
 int32_t ClientBuffer::wordAtOffset(size_t offset) const {
     uint8_t bytes[4] = {byteAt(offset), byteAt(offset + 1), byteAt(offset + 2), byteAt(offset + 3)};
@@ -18,4 +18,4 @@ uint32_t ClientBuffer::bigEndianAt(size_t offset) const {
            static_cast<uint32_t>(byteAt(offset + 3));
 }
 
-}  // namespace android
+}  // namespace vessa
