@@ -12,6 +12,8 @@ function(vessa_add_subsystem name)
     add_library(${target} OBJECT ${ARG_SOURCES})
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
     target_compile_options(${target} PRIVATE ${VESSA_WARNINGS})
+    # Verbose log lines stay in every build type; the logger's priority filters them.
+    target_compile_definitions(${target} PRIVATE LOG_NDEBUG=0)
     target_link_libraries(${target} PUBLIC android_utils)
     foreach(dep IN LISTS ARG_DEPENDS)
         target_link_libraries(${target} PUBLIC vessa_${dep})

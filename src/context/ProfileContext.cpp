@@ -1,6 +1,8 @@
+#define LOG_TAG nullptr
+
 #include "context/ProfileContext.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 #include <cstdlib>
 
@@ -13,8 +15,7 @@ namespace {
 // A profile without one of its endpoints is a broken configuration; the
 // service cannot run on it, so the process ends.
 [[noreturn]] void missingEndpoint(Endpoint endpoint) {
-    __android_log_print(ANDROID_LOG_ERROR, nullptr, "Couldn't find the profile endpoint fo %d",
-                        static_cast<int>(endpoint));
+    ALOGE("Couldn't find the profile endpoint fo %d", static_cast<int>(endpoint));
     exit(-1);
 }
 
@@ -34,15 +35,13 @@ ProfileContext::Defaults::Defaults(Provider* provider, int id)
 
 ProfileContext::ProfileContext(Provider* provider, int id) : mProvider(provider), mId(id) {}
 
-ProfileContext::~ProfileContext() {
-    delete mDefaults;
-}
+ProfileContext::~ProfileContext() = default;
 
 void ProfileContext::load() {
     mProfile = mProvider->loadProfile(mId);
     mProfileEndpoints = mProvider->loadProfileEndpoints(mId);
     mGeqPreset = mProvider->loadGeqPreset(mId);
-    if (mDefaults == nullptr) mDefaults = new Defaults(mProvider, mId);
+    if (mDefaults == nullptr) mDefaults = std::make_unique<Defaults>(mProvider, mId);
 }
 
 void ProfileContext::save() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "model/GeqPreset.h"
 #include "model/IeqPreset.h"
 #include "model/Profile.h"
@@ -54,7 +56,7 @@ class ProfileContext {
     Profile* mProfile = nullptr;
     ProfileEndpointSet mProfileEndpoints;
     GeqPreset* mGeqPreset = nullptr;
-    Defaults* mDefaults = nullptr;
+    std::unique_ptr<Defaults> mDefaults;
 };
 
 }  // namespace vessa

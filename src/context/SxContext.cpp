@@ -1,6 +1,8 @@
+#define LOG_TAG "SxContext"
+
 #include "context/SxContext.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,7 +13,6 @@
 namespace vessa {
 
 namespace {
-constexpr const char* kTag = "SxContext";
 constexpr const char* kDefaultDevicePrefix = "default_";
 }  // namespace
 
@@ -38,8 +39,7 @@ void SxContext::loadProfiles(int selectedId) {
     if (mSelectedProfile == nullptr && !mProfileContexts.empty()) {
         // A database without a valid selection would leave nothing selected;
         // fall back to profile 0 rather than fail on the first request.
-        __android_log_print(ANDROID_LOG_WARN, kTag, "No profile %d, selecting profile 0",
-                            selectedId);
+        ALOGW("No profile %d, selecting profile 0", selectedId);
         mSelectedProfile = getContext(0);
     }
 }
@@ -77,24 +77,21 @@ void SxContext::reloadTuning() {
         std::vector<std::string> available = availableTuningDevicesLocked(port);
         if (std::find(available.begin(), available.end(), device) == available.end()) {
             std::string fallback = defaultTuningDeviceLocked(port);
-            __android_log_print(ANDROID_LOG_WARN, kTag,
-                                "Current selected tuning dev[%s] is not available for port[%s], "
-                                "revert to use dev[%s].",
-                                device.c_str(), portName(port), fallback.c_str());
+            ALOGW("Current selected tuning dev[%s] is not available for port[%s], "
+                  "revert to use dev[%s].",
+                  device.c_str(), portName(port), fallback.c_str());
             device = fallback;
             mSelectedTuningDevices[port] = fallback;
         }
         Tuning* tuning = mProvider->loadTuningForDevice(device);
         if (tuning == nullptr) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag,
-                                "Cannot load tuning data for device[%s] on port[%s]",
-                                device.c_str(), portName(port));
+            ALOGE("Cannot load tuning data for device[%s] on port[%s]", device.c_str(),
+                  portName(port));
             continue;
         }
         mSelectedTunings[port] = tuning;
-        __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                            "Reset tuning[%s] for port[%s] and notify observers.",
-                            tuning->getName().c_str(), portName(port));
+        ALOGD("Reset tuning[%s] for port[%s] and notify observers.", tuning->getName().c_str(),
+              portName(port));
         lock.unlock();
         mObservable->onSelectedTuningChanged(*this, port, *tuning);
         lock.lock();
@@ -121,7 +118,7 @@ ProfileContext* SxContext::getContext(int id) {
     }
     // Every request names profiles by id; an unknown one means the
     // configuration and the database disagree, and the service cannot go on.
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "Couldn't find the context for profileId: %d", id);
+    ALOGE("Couldn't find the context for profileId: %d", id);
     exit(-1);
 }
 
@@ -267,9 +264,8 @@ void SxContext::setProfileParameter(int id, Endpoint endpoint, Parameter p,
                                     std::vector<int>& values) {
     ContextLock lock(mLock);
     if (endpoint != Endpoint::SPEAKER && p == Parameter::VIRTUAL_BASS_ENABLE) {
-        __android_log_print(ANDROID_LOG_WARN, kTag,
-                            "Setting virtual-bass-enable is not supported for non-speaker "
-                            "endpoints");
+        ALOGW("Setting virtual-bass-enable is not supported for non-speaker "
+              "endpoints");
         return;
     }
     ProfileEndpoint* pe = getContext(id)->getProfileEndpoint(endpoint);
@@ -292,8 +288,7 @@ void SxContext::setIeqPresetLocked(ContextLock& lock, int id, Endpoint endpoint,
     unsigned int preset = static_cast<unsigned int>(values[0]);
     for (Port port : portsOnEndpoint(endpoint)) {
         if (preset > 3) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): Invalid IEq preset %d",
-                                "setProfileParameter", static_cast<int>(preset));
+            ALOGE("%s(): Invalid IEq preset %d", "setProfileParameter", static_cast<int>(preset));
             continue;
         }
         PresetType type = static_cast<PresetType>(preset);
@@ -397,17 +392,14 @@ bool SxContext::setSelectedTuning(Port port, const std::string& device, bool for
     if (!force && mSelectedTuningDevices[port] == device) return true;
     std::vector<std::string> available = availableTuningDevicesLocked(port);
     if (std::find(available.begin(), available.end(), device) == available.end()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "%s is not a valid tuning device for port %s, please call "
-                            "getAvailableTuningDevice(port) to check first!",
-                            device.c_str(), portName(port));
+        ALOGE("%s is not a valid tuning device for port %s, please call "
+              "getAvailableTuningDevice(port) to check first!",
+              device.c_str(), portName(port));
         return false;
     }
     Tuning* tuning = mProvider->loadTuningForDevice(device);
     if (tuning == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kTag,
-                            "Failed to set tuning for port[%s] as device[%s]", portName(port),
-                            device.c_str());
+        ALOGW("Failed to set tuning for port[%s] as device[%s]", portName(port), device.c_str());
         return false;
     }
     mSelectedTuningDevices[port] = device;
@@ -417,8 +409,7 @@ bool SxContext::setSelectedTuning(Port port, const std::string& device, bool for
         lock.unlock();
         mObservable->onSelectedTuningChanged(*this, port, *tuning);
     }
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Complete setting port[%s] use tuning device[%s]",
-                        portName(port), device.c_str());
+    ALOGD("Complete setting port[%s] use tuning device[%s]", portName(port), device.c_str());
     return true;
 }
 

@@ -1,12 +1,16 @@
+#define LOG_TAG "SxContextManager"
+
 #include "context/SxContextManager.h"
 
-#include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <log/log.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -20,8 +24,6 @@ ANDROID_SINGLETON_STATIC_INSTANCE(vessa::SxContextManager);
 namespace vessa {
 
 namespace {
-
-constexpr const char* kTag = "SxContextManager";
 
 bool fileExists(const std::string& path) {
     struct stat st;
@@ -59,29 +61,27 @@ void SxContextManager::init() {
 void SxContextManager::initLocked() {
     std::string path = FileSystemRoot::resolve(kDefaultTuningFile);
     if (!fileExists(path)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Default XML Tuning file doesn't exist!!");
+        ALOGE("Default XML Tuning file doesn't exist!!");
         return;
     }
-    mProvider = new Provider();
+    mProvider = std::make_unique<Provider>();
     // A locked database is tried again at the next start (startContext).
     if (mProvider->checkDatabase() != 0) {
-        delete mProvider;
-        mProvider = nullptr;
+        mProvider.reset();
         return;
     }
-    initDatabase(mProvider, path);
+    initDatabase(mProvider.get(), path);
     if (mProvider->init() != 0) return;
-    mObservable = new SxContextChangeObservable();
-    mContext = new SxContext(mProvider, mObservable);
+    mObservable = std::make_unique<SxContextChangeObservable>();
+    mContext = std::make_unique<SxContext>(mProvider.get(), mObservable.get());
     mContext->load();
     // The database now holds everything the parse produced.
-    delete mParser;
-    mParser = nullptr;
+    mParser.reset();
 }
 
 SxContext* SxContextManager::getSxContext() {
     android::Mutex::Autolock guard(mLock);
-    return mContext;
+    return mContext.get();
 }
 
 SxContext* SxContextManager::startContext() {
@@ -90,20 +90,21 @@ SxContext* SxContextManager::startContext() {
         releaseLocked();
         initLocked();
     }
-    return mContext;
+    return mContext.get();
 }
 
 bool SxContextManager::defaultFileChanged() {
     android::Mutex::Autolock guard(mLock);
     return mProvider != nullptr &&
-           !getChangedSignature(FileSystemRoot::resolve(kDefaultTuningFile), mProvider).empty();
+           !getChangedSignature(FileSystemRoot::resolve(kDefaultTuningFile), mProvider.get())
+                    .empty();
 }
 
 SxContext* SxContextManager::restart() {
     android::Mutex::Autolock guard(mLock);
     releaseLocked();
     initLocked();
-    return mContext;
+    return mContext.get();
 }
 
 std::string SxContextManager::getSaveError() {
@@ -130,14 +131,10 @@ void SxContextManager::release() {
 }
 
 void SxContextManager::releaseLocked() {
-    delete mProvider;
-    mProvider = nullptr;
-    delete mParser;
-    mParser = nullptr;
-    delete mObservable;
-    mObservable = nullptr;
-    delete mContext;
-    mContext = nullptr;
+    mProvider.reset();
+    mParser.reset();
+    mObservable.reset();
+    mContext.reset();
 }
 
 int SxContextManager::initDatabase(Provider* provider, const std::string& path) {
@@ -149,8 +146,7 @@ int SxContextManager::initDatabase(Provider* provider, const std::string& path) 
     provider->beginTransaction();
     populateDatabase(data, provider);
     loadOemTuningLocked();
-    __android_log_print(ANDROID_LOG_INFO, kTag,
-                        "Load OEM tuning XML after default tuning XML is reloaded");
+    ALOGI("Load OEM tuning XML after default tuning XML is reloaded");
     provider->restoreUserSettings();
     provider->commitTransaction();
     return 0;
@@ -164,8 +160,7 @@ std::string SxContextManager::getSignature(const std::string& path) {
     close(fd);
     if (rc != 0) return "";
     std::string signature = std::to_string(st.st_mtim.tv_sec);
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(): XML file time string %s", "getSignature",
-                        signature.c_str());
+    ALOGD("%s(): XML file time string %s", "getSignature", signature.c_str());
     return signature;
 }
 
@@ -177,11 +172,10 @@ std::string SxContextManager::getChangedSignature(const std::string& path, Provi
 DeviceData* SxContextManager::loadXmlIfChanged(const std::string& path, Provider* provider) {
     std::string signature = getChangedSignature(path, provider);
     if (signature.empty()) return nullptr;
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Tuning XML file has been updated");
-    delete mParser;
-    mParser = new TuningFileParser();
+    ALOGD("Tuning XML file has been updated");
+    mParser = std::make_unique<TuningFileParser>();
     if (mParser->setTuningFile(path) != 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "XML parses error!!");
+        ALOGE("XML parses error!!");
         return nullptr;
     }
     DeviceData* data = mParser->getDeviceData();
@@ -224,101 +218,106 @@ void SxContextManager::populateDatabase(DeviceData* data, Provider* provider) {
 }
 
 int SxContextManager::loadOemTuningLocked() {
-    if (mProvider == nullptr) return -19;
+    if (mProvider == nullptr) return -ENODEV;
+    int result = 0;
+    std::unique_ptr<TuningFileParser> oemParser = parseOemFile(&result);
+    if (oemParser == nullptr) return result;
+    DeviceData* oem = oemParser->getDeviceData();
+    std::set<std::string> defaultTunings, defaultDevices;
+    readDefaultNames(&defaultTunings, &defaultDevices);
+    mProvider->beginTransaction();
+    std::set<std::string> accepted = mergeOemTunings(*oem, defaultTunings);
+    mergeOemDeviceTunings(*oem, accepted, defaultDevices);
+    bool saved = mProvider->commitTransaction();
+    ALOGD("Tell database to reload cached device tuning mappings.");
+    mProvider->reloadCachedDeviceTunings();
+    // Rolled back: the database keeps the previous OEM rows, and so does the effect.
+    return saved ? 0 : -EIO;
+}
+
+std::unique_ptr<TuningFileParser> SxContextManager::parseOemFile(int* result) {
     std::string oemPath = FileSystemRoot::resolve(kOemTuningFile);
     if (!fileExists(oemPath)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "OEM Tuning XML doesn't exist!");
-        return -2;
+        ALOGE("OEM Tuning XML doesn't exist!");
+        *result = -ENOENT;
+        return nullptr;
     }
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Try to load OEM tuning XML file from %s",
-                        oemPath.c_str());
-    TuningFileParser* oemParser = new TuningFileParser();
-    if (oemParser->setTuningFile(oemPath) != 0 || oemParser->getDeviceData() == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "OEM Tuning XML parses error!");
-        delete oemParser;
-        return -22;
+    ALOGD("Try to load OEM tuning XML file from %s", oemPath.c_str());
+    auto parser = std::make_unique<TuningFileParser>();
+    if (parser->setTuningFile(oemPath) != 0 || parser->getDeviceData() == nullptr) {
+        ALOGE("OEM Tuning XML parses error!");
+        *result = -EINVAL;
+        return nullptr;
     }
-    DeviceData* oem = oemParser->getDeviceData();
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "OEM tuning XML file completed deviceData = %p",
-                        static_cast<void*>(oem));
-
+    DeviceData* oem = parser->getDeviceData();
+    ALOGD("OEM tuning XML file completed deviceData = %p", static_cast<void*>(oem));
     std::string oemVersion = oem->getFormatVersion();
     std::string currentVersion = mProvider->getDefaultXmlFormatVersion();
     if (oemVersion != currentVersion) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "OEM tuning format V=%s is not consistent with current V=%s, abort "
-                            "loading OEM tuning XML.",
-                            oemVersion.c_str(), currentVersion.c_str());
-        delete oemParser;
-        return -22;
+        ALOGE("OEM tuning format V=%s is not consistent with current V=%s, abort "
+              "loading OEM tuning XML.",
+              oemVersion.c_str(), currentVersion.c_str());
+        *result = -EINVAL;
+        return nullptr;
     }
+    return parser;
+}
 
-    // The default file decides which names are taken: the OEM file may only add.
-    TuningFileParser* defaultParser = new TuningFileParser();
-    std::set<std::string> defaultTunings;
-    std::set<std::string> defaultDevices;
-    if (defaultParser->setTuningFile(FileSystemRoot::resolve(kDefaultTuningFile)) == 0) {
-        for (Tuning* t : defaultParser->getDeviceData()->getTunings()) {
-            defaultTunings.insert(t->getName());
-        }
-        for (DeviceTuning* d : defaultParser->getDeviceData()->getDeviceTunings()) {
-            defaultDevices.insert(d->getDevice());
-        }
+// The default file decides which names are taken: the OEM file may only add.
+void SxContextManager::readDefaultNames(std::set<std::string>* tunings,
+                                        std::set<std::string>* devices) {
+    TuningFileParser parser;
+    if (parser.setTuningFile(FileSystemRoot::resolve(kDefaultTuningFile)) != 0) return;
+    for (Tuning* t : parser.getDeviceData()->getTunings()) tunings->insert(t->getName());
+    for (DeviceTuning* d : parser.getDeviceData()->getDeviceTunings()) {
+        devices->insert(d->getDevice());
     }
+}
 
-    mProvider->beginTransaction();
+std::set<std::string> SxContextManager::mergeOemTunings(DeviceData& oem,
+                                                        const std::set<std::string>& taken) {
     mProvider->clearOemTunings();
     std::set<std::string> accepted;
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Num of parsed OEM tuning = %zu",
-                        oem->getTunings().size());
-    for (Tuning* tuning : oem->getTunings()) {
+    ALOGD("Num of parsed OEM tuning = %zu", oem.getTunings().size());
+    for (Tuning* tuning : oem.getTunings()) {
         std::string name = tuning->getName();
-        if (defaultTunings.count(name) != 0) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag,
-                                "Found OEM tuning [%s] already exists in the default tuning XML, "
-                                "drop it.",
-                                name.c_str());
+        if (taken.count(name) != 0) {
+            ALOGE("Found OEM tuning [%s] already exists in the default tuning XML, "
+                  "drop it.",
+                  name.c_str());
             continue;
         }
-        __android_log_print(ANDROID_LOG_INFO, kTag, "Add OEM Tuning %s", name.c_str());
+        ALOGI("Add OEM Tuning %s", name.c_str());
         mProvider->create(tuning, Provider::kOemName);
         accepted.insert(name);
     }
+    return accepted;
+}
 
+void SxContextManager::mergeOemDeviceTunings(DeviceData& oem,
+                                             const std::set<std::string>& acceptedTunings,
+                                             const std::set<std::string>& takenDevices) {
     mProvider->clearOemDeviceTunings();
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "Num of parsed OEM device tuning = %zu",
-                        oem->getDeviceTunings().size());
-    for (DeviceTuning* deviceTuning : oem->getDeviceTunings()) {
+    ALOGD("Num of parsed OEM device tuning = %zu", oem.getDeviceTunings().size());
+    for (DeviceTuning* deviceTuning : oem.getDeviceTunings()) {
         std::string device = deviceTuning->getDevice();
         std::string tuningName = deviceTuning->getTuning();
-        if (accepted.count(tuningName) == 0) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag,
-                                "Drop OEM Device Tuning with tuning.name [%s] (duplicate in "
-                                "default xml)",
-                                tuningName.c_str());
+        if (acceptedTunings.count(tuningName) == 0) {
+            ALOGE("Drop OEM Device Tuning with tuning.name [%s] (duplicate in "
+                  "default xml)",
+                  tuningName.c_str());
             continue;
         }
-        if (defaultDevices.count(device) != 0) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag,
-                                "Found OEM device ID [%s] already exists in the default tuning "
-                                "XML, drop it.",
-                                device.c_str());
+        if (takenDevices.count(device) != 0) {
+            ALOGE("Found OEM device ID [%s] already exists in the default tuning "
+                  "XML, drop it.",
+                  device.c_str());
             continue;
         }
-        __android_log_print(ANDROID_LOG_INFO, kTag,
-                            "Add OEM Device Tuning Port[%s] : Device[%s] with tuning.name [%s]",
-                            deviceTuning->getPort().c_str(), device.c_str(), tuningName.c_str());
+        ALOGI("Add OEM Device Tuning Port[%s] : Device[%s] with tuning.name [%s]",
+              deviceTuning->getPort().c_str(), device.c_str(), tuningName.c_str());
         mProvider->create(deviceTuning, Provider::kOemName);
     }
-
-    bool saved = mProvider->commitTransaction();
-    __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                        "Tell database to reload cached device tuning mappings.");
-    mProvider->reloadCachedDeviceTunings();
-    delete defaultParser;
-    delete oemParser;
-    // Rolled back: the database keeps the previous OEM rows, and so does the effect.
-    return saved ? 0 : -EIO;
 }
 
 }  // namespace vessa

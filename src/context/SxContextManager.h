@@ -3,6 +3,8 @@
 #include <utils/Mutex.h>
 #include <utils/Singleton.h>
 
+#include <memory>
+#include <set>
 #include <string>
 
 #include "context/SxContext.h"
@@ -55,12 +57,22 @@ class SxContextManager : public android::Singleton<SxContextManager> {
     std::string getChangedSignature(const std::string& path, Provider* provider);
     std::string getSignature(const std::string& path);
     void populateDatabase(DeviceData* data, Provider* provider);
+    // Merges the OEM file into the database in one transaction.
     int loadOemTuningLocked();
+    // The parsed OEM file, or null with `result` set: missing, unreadable, or of
+    // another format version than the stored default.
+    std::unique_ptr<TuningFileParser> parseOemFile(int* result);
+    static void readDefaultNames(std::set<std::string>* tunings, std::set<std::string>* devices);
+    // Stores the OEM tunings whose names are not taken; returns the names stored.
+    std::set<std::string> mergeOemTunings(DeviceData& oem, const std::set<std::string>& taken);
+    // Stores the OEM device ids that point to a stored OEM tuning and are not taken.
+    void mergeOemDeviceTunings(DeviceData& oem, const std::set<std::string>& acceptedTunings,
+                               const std::set<std::string>& takenDevices);
 
-    Provider* mProvider = nullptr;
-    SxContextChangeObservable* mObservable = nullptr;
-    SxContext* mContext = nullptr;
-    TuningFileParser* mParser = nullptr;
+    std::unique_ptr<Provider> mProvider;
+    std::unique_ptr<SxContextChangeObservable> mObservable;
+    std::unique_ptr<SxContext> mContext;
+    std::unique_ptr<TuningFileParser> mParser;
     bool mReleased = false;
     android::Mutex mLock;
 };

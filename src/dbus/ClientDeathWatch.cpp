@@ -1,6 +1,8 @@
+#define LOG_TAG "ClientDeathWatch"
+
 #include "dbus/ClientDeathWatch.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <sdbus-c++/Error.h>
 #include <sdbus-c++/Message.h>
 
@@ -10,7 +12,6 @@ namespace vessa {
 
 namespace {
 
-constexpr const char* kTag = "ClientDeathWatch";
 constexpr const char* kNameOwnerChanged =
         "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
         "interface='org.freedesktop.DBus',member='NameOwnerChanged'";
@@ -31,7 +32,7 @@ bool ClientDeathWatch::start(std::string* error) {
                 if (!name.empty() && name[0] == ':' && newOwner.empty()) clientVanished(name);
             } catch (const std::exception& e) {
                 // A malformed signal or a failing recipient must not end the bus thread.
-                __android_log_print(ANDROID_LOG_ERROR, kTag, "NameOwnerChanged: %s", e.what());
+                ALOGE("NameOwnerChanged: %s", e.what());
             }
         });
         return true;
@@ -83,8 +84,7 @@ void ClientDeathWatch::clientVanished(const std::string& client) {
         links.swap(it->second);
         mLinks.erase(it);
     }
-    __android_log_print(ANDROID_LOG_INFO, kTag, "client %s left the bus (%zu links)",
-                        client.c_str(), links.size());
+    ALOGI("client %s left the bus (%zu links)", client.c_str(), links.size());
     for (const Link& link : links) {
         android::sp<PqsCallbacksProxy> who = link.who.promote();
         if (who != nullptr) who->markGone();

@@ -5,6 +5,7 @@
 #include <log/log.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 
 #include "dbus/PqsNames.h"
@@ -79,7 +80,7 @@ int32_t PqsAdaptor::setAupParam(const Bytes& blob) {
 std::tuple<int32_t, PqsAdaptor::Bytes> PqsAdaptor::getAupParam(const Bytes& in,
                                                                const uint32_t& outLen) {
     return serve("getAupParam", [&]() -> std::tuple<int32_t, Bytes> {
-        if (refuseAnswerSize("getAupParam", outLen)) return {-22, {}};
+        if (refuseAnswerSize("getAupParam", outLen)) return {-EINVAL, {}};
         Bytes out(outLen, 0);
         int32_t status = mService->getAupParam(in.data(), static_cast<uint32_t>(in.size()),
                                                out.data(), outLen);

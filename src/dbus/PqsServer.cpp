@@ -1,6 +1,8 @@
+#define LOG_TAG "PqsServer"
+
 #include "dbus/PqsServer.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <sdbus-c++/Error.h>
 #include <sdbus-c++/IProxy.h>
 
@@ -8,10 +10,6 @@
 #include "dbus/PqsNames.h"
 
 namespace vessa {
-
-namespace {
-constexpr const char* kTag = "PqsServer";
-}  // namespace
 
 PqsServer::PqsServer(android::sp<android::IPqs> service) : mService(std::move(service)) {}
 
@@ -46,8 +44,8 @@ bool PqsServer::start(const std::string& bus, std::string* error, BusLoop::Lost 
     mLoop = std::make_unique<BusLoop>(*mRequests, std::move(onLost));
     mLoop->start();
     mServing = true;
-    __android_log_print(ANDROID_LOG_INFO, kTag, "serving %s on %s as %s", kPqsServiceName,
-                        BusConnection::describe(bus).c_str(), uniqueName().c_str());
+    ALOGI("serving %s on %s as %s", kPqsServiceName, BusConnection::describe(bus).c_str(),
+          uniqueName().c_str());
     return true;
 }
 

@@ -15,30 +15,28 @@ const std::map<AndroidDevice, Port> AupContext::kPortForDevice = {
 };
 
 AupContext::AupContext(std::map<AndroidDevice, ParameterTranslator*>& translators)
-    : mProfileParameters(new ProfileParameters(translators[kDeviceOutDefault])) {
+    : mProfileParameters(std::make_unique<ProfileParameters>(translators[kDeviceOutDefault])) {
     for (const auto& [port, device] : kDeviceForPort) {
         if (mDeviceParameters.count(device) == 0) {
-            mDeviceParameters.emplace(device, new DeviceParameters(translators[device]));
+            mDeviceParameters.emplace(device,
+                                      std::make_unique<DeviceParameters>(translators[device]));
         }
     }
 }
 
-AupContext::~AupContext() {
-    delete mProfileParameters;
-    for (auto& [device, view] : mDeviceParameters) delete view;
-}
+AupContext::~AupContext() = default;
 
 ParameterValues* AupContext::getParameters(AndroidDevice device) const {
-    if (device == kDeviceOutDefault) return mProfileParameters;
+    if (device == kDeviceOutDefault) return mProfileParameters.get();
     auto it = mDeviceParameters.find(device);
-    return it == mDeviceParameters.end() ? nullptr : it->second;
+    return it == mDeviceParameters.end() ? nullptr : it->second.get();
 }
 
 DeviceParameters* AupContext::getDeviceParameters(Port port) const {
     auto device = kDeviceForPort.find(port);
     if (device == kDeviceForPort.end()) return nullptr;
     auto it = mDeviceParameters.find(device->second);
-    return it == mDeviceParameters.end() ? nullptr : it->second;
+    return it == mDeviceParameters.end() ? nullptr : it->second.get();
 }
 
 void AupContext::setProfile(Profile& profile) {

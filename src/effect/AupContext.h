@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 
 #include "effect/ParameterTranslator.h"
 #include "model/DeviceParameters.h"
@@ -35,8 +36,8 @@ class AupContext {
     void setTuning(Port port, Tuning& tuning);
 
   private:
-    ProfileParameters* mProfileParameters;
-    std::map<AndroidDevice, DeviceParameters*> mDeviceParameters;
+    std::unique_ptr<ProfileParameters> mProfileParameters;
+    std::map<AndroidDevice, std::unique_ptr<DeviceParameters>> mDeviceParameters;
 };
 
 }  // namespace vessa

@@ -1,12 +1,10 @@
+#define LOG_TAG "AupController"
+
 #include "effect/AupController.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 namespace vessa {
-
-namespace {
-constexpr const char* kTag = "AupController";
-}
 
 const std::set<AndroidDevice> AupController::kControlledDevices = {
         kDeviceOutSpeaker,    kDeviceOutWiredHeadphone, kDeviceOutBluetoothA2dp,
@@ -17,11 +15,11 @@ AupController::AupController(int value, AupEffect& effect) : mEffect(&effect), m
     for (AndroidDevice device : kControlledDevices) {
         mTranslators.emplace(device, new ParameterTranslator());
     }
-    mContext = new AupContext(mTranslators);
+    mContext = std::make_unique<AupContext>(mTranslators);
 }
 
 AupController::~AupController() {
-    delete mContext;
+    mContext.reset();  // its views point into the translators
     for (auto& [device, translator] : mTranslators) delete translator;
 }
 
@@ -49,8 +47,7 @@ void AupController::applyEndpoint(SxContext& sx, Port port, bool logMissing) {
     ProfileEndpoint* endpoint = sx.getSelectedProfileEndpoint(port);
     if (endpoint == nullptr) {
         if (logMissing) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag, "No profile endpoint found for port : %d",
-                                static_cast<int>(port));
+            ALOGE("No profile endpoint found for port : %d", static_cast<int>(port));
         }
         return;
     }
@@ -59,15 +56,14 @@ void AupController::applyEndpoint(SxContext& sx, Port port, bool logMissing) {
 }
 
 void AupController::onLoad(SxContext& sx) {
-    __android_log_print(ANDROID_LOG_INFO, kTag, "onLoad()");
+    ALOGI("onLoad()");
     mContext->setProfile(*sx.getSelectedProfile());
     mContext->setGeqPreset(*sx.getSelectedProfileGeq());
     for (const auto& [port, device] : AupContext::kDeviceForPort) {
         applyEndpoint(sx, port, true);
         Tuning* tuning = sx.getSelectedTuning(port);
         if (tuning == nullptr) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag, "No tuning found for port : %s",
-                                portName(port));
+            ALOGE("No tuning found for port : %s", portName(port));
             continue;
         }
         mContext->setTuning(port, *tuning);
@@ -79,8 +75,7 @@ void AupController::onLoad(SxContext& sx) {
 void AupController::onAupOnChanged(SxContext&, bool) {}
 
 void AupController::onSelectedProfileChanged(SxContext& sx) {
-    __android_log_print(ANDROID_LOG_INFO, kTag, "Profile Changed to %s",
-                        sx.getSelectedProfile()->getName().c_str());
+    ALOGI("Profile Changed to %s", sx.getSelectedProfile()->getName().c_str());
     mContext->setProfile(*sx.getSelectedProfile());
     mContext->setGeqPreset(*sx.getSelectedProfileGeq());
     // A profile change leaves the tunings alone.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 
 #include "context/OnSxContextChange.h"
 #include "context/SxContext.h"
@@ -38,13 +39,13 @@ class AupController : public OnSxContextChange {
     void onSelectedProfileGeqChanged(SxContext& context, GeqPreset& preset) override;
     void onSelectedTuningChanged(SxContext& context, Port port, Tuning& tuning) override;
 
-    AupContext* getContext() const { return mContext; }
+    AupContext* getContext() const { return mContext.get(); }
 
   private:
     // Applies the port's profile endpoint and IEQ preset of the selected profile.
     void applyEndpoint(SxContext& sx, Port port, bool logMissing);
 
-    AupContext* mContext;
+    std::unique_ptr<AupContext> mContext;
     std::map<AndroidDevice, ParameterTranslator*> mTranslators;
     AupEffect* mEffect;
     [[maybe_unused]] int mValue;

@@ -1,6 +1,10 @@
+#define LOG_TAG "AupEffect"
+
 #include "effect/AupEffect.h"
 
-#include <android/log.h>
+#include <log/log.h>
+
+#include <cerrno>
 
 #include "platform/AupParamStore.h"
 #include "platform/EffectParamParser.h"
@@ -8,8 +12,7 @@
 namespace vessa {
 
 namespace {
-constexpr const char* kTag = "AupEffect";
-constexpr int kSendResult = -22;
+constexpr int kSendResult = -EINVAL;
 }  // namespace
 
 AupEffect::AupEffect(int sessionId, android::String16 name) {}
@@ -22,8 +25,7 @@ int AupEffect::send(int command, std::vector<int>& buffer) {
 void AupEffect::sendSharedStore(void* data, unsigned int size) {
     EffectParamParser parser(data, static_cast<int>(size));
     if (!parser.validate()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "%s() Invalid data for setting parameter values.", "sendSharedStore");
+        ALOGE("%s() Invalid data for setting parameter values.", "sendSharedStore");
         return;
     }
     parser.begin();

@@ -1,14 +1,12 @@
+#define LOG_TAG "ParameterAdapter"
+
 #include "manager/ParameterAdapter.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 #include "protocol/SettingsTable.h"
 
 namespace vessa {
-
-namespace {
-constexpr const char* kTag = "ParameterAdapter";
-}
 
 using Strategy = ParameterAdapter::ParameterStrategy;
 
@@ -137,7 +135,7 @@ ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupOrLog(int id) const
     bool pastEnd = false;
     ParameterStrategy* strategy = lookup(id, &pastEnd);
     if (strategy == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "param id %d not supported", id);
+        ALOGE("param id %d not supported", id);
     }
     return strategy;
 }
@@ -153,7 +151,7 @@ ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupForWrite(int id) co
     bool pastEnd = false;
     ParameterStrategy* strategy = lookup(id, &pastEnd);
     if (strategy == nullptr && !pastEnd) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "param id %d not supported", id);
+        ALOGE("param id %d not supported", id);
     }
     return strategy;
 }

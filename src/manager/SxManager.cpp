@@ -1,13 +1,16 @@
+#define LOG_TAG "SxManager"
+
 #include "manager/SxManager.h"
 
-#include <android/log.h>
+#include <log/log.h>
+
+#include <cerrno>
 
 #include "context/SxContextManager.h"
 
 namespace vessa {
 
 namespace {
-constexpr const char* kTag = "SxManager";
 constexpr const char* kEffectName = "SxService";
 constexpr int kEffectVersionCommand = 3;
 constexpr size_t kEffectVersionWords = 20;  // an 80-byte answer buffer
@@ -22,13 +25,12 @@ SxManager::~SxManager() {
 
 void SxManager::tearDown() {
     // The context outlives the manager: stop it from calling a deleted controller.
-    if (mContext != nullptr && mController != nullptr) mContext->unregisterObserver(mController);
-    delete mEffect;
-    mEffect = nullptr;
-    delete mController;
-    mController = nullptr;
-    delete mParameterAdapter;
-    mParameterAdapter = nullptr;
+    if (mContext != nullptr && mController != nullptr) {
+        mContext->unregisterObserver(mController.get());
+    }
+    mEffect.reset();
+    mController.reset();
+    mParameterAdapter.reset();
     mContext = nullptr;
 }
 
@@ -39,25 +41,23 @@ int SxManager::init() {
     bool started = SxContextManager::hasInstance();
     SxContextManager& contexts = SxContextManager::getInstance();
     mContext = started ? contexts.startContext() : contexts.getSxContext();
-    if (mContext == nullptr) return -19;
+    if (mContext == nullptr) return -ENODEV;
     mSessionId = 0;
-    mEffect = new AupEffect(0, android::String16(kEffectName));
+    mEffect = std::make_unique<AupEffect>(0, android::String16(kEffectName));
     mEffect->setEnabled(true);
     std::vector<int> version(kEffectVersionWords, 0);
     mEffect->receive(kEffectVersionCommand, version);
-    __android_log_print(ANDROID_LOG_INFO, kTag, "Created AUP effect version [ %d ]", version[0]);
-    mController = new AupController(2, *mEffect);
+    ALOGI("Created AUP effect version [ %d ]", version[0]);
+    mController = std::make_unique<AupController>(2, *mEffect);
     // Registering delivers onLoad, so the effect gets the whole current state now.
-    mContext->registerObserver(mController);
-    mParameterAdapter = new ParameterAdapter(mContext);
+    mContext->registerObserver(mController.get());
+    mParameterAdapter = std::make_unique<ParameterAdapter>(mContext);
     return 0;
 }
 
 void SxManager::checkSessionId(int sessionId) {
     if (sessionId < 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "AUP effect with specified session Id (%d) is less than zero",
-                            sessionId);
+        ALOGE("AUP effect with specified session Id (%d) is less than zero", sessionId);
     }
 }
 
@@ -68,9 +68,10 @@ AupEffect* SxManager::createAupEffect(int sessionId) {
 }
 
 bool SxManager::recreateSxEffect() {
-    delete mEffect;
     checkSessionId(mSessionId);
-    mEffect = new AupEffect(mSessionId, android::String16(kEffectName));
+    // The controller moves to the new effect before the old one goes.
+    std::unique_ptr<AupEffect> old = std::move(mEffect);
+    mEffect = std::make_unique<AupEffect>(mSessionId, android::String16(kEffectName));
     mController->setAupEffect(*mEffect, *mContext);
     mEffect->setEnabled(true);
     return true;
@@ -78,8 +79,7 @@ bool SxManager::recreateSxEffect() {
 
 void SxManager::validate() {
     if (mEffect != nullptr && !mEffect->hasControl()) {
-        __android_log_print(ANDROID_LOG_INFO, kTag,
-                            "Cannot control the SxEffect, trying to recreate...");
+        ALOGI("Cannot control the SxEffect, trying to recreate...");
         recreateSxEffect();
     }
 }
@@ -119,7 +119,7 @@ void SxManager::setSxOn(bool on) {
 bool SxManager::getSxOn() {
     if (mContext == nullptr) return false;
     if (mSuspended) {
-        __android_log_print(ANDROID_LOG_INFO, kTag, "SX effect is now suspended");
+        ALOGI("SX effect is now suspended");
         return false;
     }
     return mContext->getAupOn();
@@ -149,7 +149,7 @@ bool SxManager::isProfileInRange(int id) {
 
 std::string SxManager::getProfileName(int id) {
     if (!isProfileInRange(id)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid Profile Id!");
+        ALOGE("Invalid Profile Id!");
         return "";
     }
     return mContext->getProfile(id)->getName();
@@ -206,13 +206,13 @@ int SxManager::getParamLength(int paramId) {
     if (paramId > ParameterAdapter::kFirstId - 1) {
         return mParameterAdapter->getParameterLength(paramId);
     }
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid paramId!");
+    ALOGE("Invalid paramId!");
     return 0;
 }
 
 bool SxManager::endpointForPort(int port, Endpoint* endpoint) {
     if (static_cast<unsigned int>(port) >= static_cast<unsigned int>(kNumPortNames)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid Port!");
+        ALOGE("Invalid Port!");
         return false;
     }
     *endpoint = endpointForPortName(portName(static_cast<Port>(port)));
@@ -232,8 +232,8 @@ bool SxManager::setProfilePortParameter(int profileId, int port, int paramId,
     if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return false;
     mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, values);
     if (paramId == SettingsTable::kBassEnhancer) {
-        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, SettingsTable::kVirtualBass,
-                                                       values);
+        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint,
+                                                       SettingsTable::kVirtualBass, values);
     }
     return true;
 }
@@ -309,7 +309,7 @@ int SxManager::reloadTuningFiles() {
     // What a stop would save; then a new default file rebuilds the database as a start
     // does, and with it every record the context and the controller point into, so
     // both are built again.
-    __android_log_print(ANDROID_LOG_INFO, kTag, "The default tuning file changed: starting again.");
+    ALOGI("The default tuning file changed: starting again.");
     mContext->save();
     tearDown();
     contexts.restart();
@@ -321,7 +321,7 @@ std::string SxManager::getSaveError() {
 }
 
 int SxManager::reloadTuningXml() {
-    __android_log_print(ANDROID_LOG_INFO, kTag, "Tell SxContextManager to reload tuning XML.");
+    ALOGI("Tell SxContextManager to reload tuning XML.");
     return SxContextManager::getInstance().loadOemTuning();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace vessa {
 class SxManager {
   public:
     SxManager() = default;
+    // Takes the controller (and deletes it); the context stays lent.
     SxManager(AupController* controller, SxContext* context);
     ~SxManager();
     SxManager(const SxManager&) = delete;
@@ -90,10 +92,10 @@ class SxManager {
     void checkSessionId(int sessionId);
     int firstTuningValue(Port port, Parameter parameter);
 
-    AupController* mController = nullptr;
-    SxContext* mContext = nullptr;
-    ParameterAdapter* mParameterAdapter = nullptr;
-    AupEffect* mEffect = nullptr;
+    std::unique_ptr<AupController> mController;
+    SxContext* mContext = nullptr;  // lent by the context manager
+    std::unique_ptr<ParameterAdapter> mParameterAdapter;
+    std::unique_ptr<AupEffect> mEffect;
     bool mSuspended = false;
     int mSessionId = 0;
 };

@@ -1,13 +1,11 @@
+#define LOG_TAG "ABuffer"
+
 #include "platform/ABuffer.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <string.h>
 
 namespace android {
-
-namespace {
-constexpr const char* kTag = "ABuffer";
-}
 
 ABuffer::ABuffer(size_t capacity)
     : mOwned(new uint8_t[capacity]),
@@ -32,8 +30,7 @@ sp<ABuffer> ABuffer::CreateAsCopy(const void* data, size_t capacity) {
 
 status_t ABuffer::setRange(size_t offset, size_t size) {
     if (offset > mCapacity || size > mCapacity - offset) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "range %zu+%zu exceeds capacity %zu", offset,
-                            size, mCapacity);
+        ALOGE("range %zu+%zu exceeds capacity %zu", offset, size, mCapacity);
         return BAD_VALUE;
     }
     mRangeOffset = offset;

@@ -1,7 +1,9 @@
+#define LOG_TAG "ALooper"
+
 #include "platform/ALooper.h"
 
-#include <android/log.h>
 #include <errno.h>
+#include <log/log.h>
 #include <pthread.h>
 #include <utils/AndroidThreads.h>
 #include <utils/Thread.h>
@@ -16,7 +18,6 @@
 namespace android {
 
 namespace {
-constexpr const char* kTag = "ALooper";
 constexpr int64_t kMaxInt64 = std::numeric_limits<int64_t>::max();
 
 // Ids are unique across loopers, so a message addressed to a handler of another
@@ -79,8 +80,7 @@ ALooper::handler_id ALooper::registerHandler(const sp<AHandler>& handler) {
     Mutex::Autolock lock(mLock);
     handler_id id = sNextHandlerId++;
     if (!handler->attach(id, this)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "handler %d is already registered",
-                            handler->id());
+        ALOGE("handler %d is already registered", handler->id());
         return INVALID_OPERATION;
     }
     mHandlers.add(id, handler);
@@ -105,8 +105,7 @@ status_t ALooper::start() {
     // The lock is held until mThread is set, so the first loop step sees it.
     status_t err = thread->run(mName.c_str());
     if (err != OK) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "cannot start thread %s: %d", mName.c_str(),
-                            err);
+        ALOGE("cannot start thread %s: %d", mName.c_str(), err);
         return err;
     }
     mThread = thread;
@@ -134,8 +133,8 @@ status_t ALooper::post(const sp<AMessage>& msg, int64_t delayUs) {
     if (msg == nullptr) return BAD_VALUE;
     Mutex::Autolock lock(mLock);
     if (mHandlers.indexOfKey(msg->target()) < 0) {
-        __android_log_print(ANDROID_LOG_WARN, kTag, "%s: handler %d of message 0x%08x unknown",
-                            mName.c_str(), msg->target(), msg->what());
+        ALOGW("%s: handler %d of message 0x%08x unknown", mName.c_str(), msg->target(),
+              msg->what());
         return -ENOENT;
     }
     int64_t whenUs = dueTimeUs(delayUs);
@@ -172,8 +171,7 @@ bool ALooper::loop(const LooperThread* self) {
         if (index >= 0) handler = mHandlers.valueAt(index).promote();
     }
     if (handler == nullptr) {
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "dropped message 0x%08x for handler %d",
-                            msg->what(), msg->target());
+        ALOGD("dropped message 0x%08x for handler %d", msg->what(), msg->target());
         return true;
     }
     handler->onMessageReceived(msg);

@@ -1,16 +1,14 @@
+#define LOG_TAG "AMessage"
+
 #include "platform/AMessage.h"
 
-#include <android/log.h>
 #include <errno.h>
+#include <log/log.h>
 
 #include "platform/ABuffer.h"
 #include "platform/AHandler.h"
 
 namespace android {
-
-namespace {
-constexpr const char* kTag = "AMessage";
-}
 
 AMessage::AMessage() : mWhat(0), mTarget(0) {}
 
@@ -53,8 +51,7 @@ bool AMessage::findBuffer(const char* name, sp<ABuffer>* buffer) const {
 status_t AMessage::post(int64_t delayUs) {
     sp<ALooper> looper = mLooper.promote();
     if (looper == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kTag, "no looper for message 0x%08x to handler %d",
-                            mWhat, mTarget);
+        ALOGW("no looper for message 0x%08x to handler %d", mWhat, mTarget);
         return -ENOENT;
     }
     return looper->post(this, delayUs);

@@ -1,9 +1,11 @@
+#define LOG_TAG "VessaManagerService"
+
 #include "service/DumpWriter.h"
 
-#include <android/log.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <log/log.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -17,8 +19,6 @@
 namespace android {
 
 namespace {
-
-constexpr const char* kTag = "VessaManagerService";
 
 // Blocks SIGPIPE on this thread for a scope. A write to a pipe whose reader is
 // gone then fails with EPIPE, and the signal it raised stays pending for this
@@ -86,23 +86,20 @@ void DumpWriter::write(int fd, std::string text) {
     int error = 0;
     size_t offset = writeAvailable(fd, text, 0, &error);
     if (error != 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "dump: cannot write to fd %d: %s", fd,
-                            strerror(error));
+        ALOGE("dump: cannot write to fd %d: %s", fd, strerror(error));
         return;
     }
     if (offset == text.size()) return;
 
     std::lock_guard<std::mutex> guard(mLock);
     if (mBusy) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "dump: an earlier dump still waits for its reader; %zu bytes dropped",
-                            text.size() - offset);
+        ALOGE("dump: an earlier dump still waits for its reader; %zu bytes dropped",
+              text.size() - offset);
         return;
     }
     int copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     if (copy < 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "dump: cannot keep fd %d: %s", fd,
-                            strerror(errno));
+        ALOGE("dump: cannot keep fd %d: %s", fd, strerror(errno));
         return;
     }
     if (mThread.joinable()) mThread.join();
@@ -125,10 +122,9 @@ void DumpWriter::finish(int fd, std::string text, size_t offset) {
         offset = writeAvailable(fd, text, offset, &error);
     }
     if (offset < text.size()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "dump: the reader took %zu of %zu bytes within %d ms; the rest is "
-                            "dropped",
-                            offset, text.size(), kMaxWaitMs);
+        ALOGE("dump: the reader took %zu of %zu bytes within %d ms; the rest is "
+              "dropped",
+              offset, text.size(), kMaxWaitMs);
     }
     close(fd);
 }

@@ -1,10 +1,13 @@
+#define LOG_TAG "VessaManagerService"
+
 #include "service/VessaManagerService.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <unistd.h>
 #include <utils/SystemClock.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstring>
@@ -21,7 +24,6 @@ namespace android {
 
 namespace {
 
-constexpr const char* kTag = "VessaManagerService";
 constexpr const char* kLooperName = "VessaManagerService EventHandler";
 constexpr const char* kPresetNames[] = {"off", "detailed", "balanced", "warm"};
 using vessa::ClientBuffer;
@@ -31,13 +33,12 @@ using vessa::client::IntCode;
 
 // A client failing, or repeating a refused request, again and again must not
 // write the log full.
-vessa::LogRepeats sRepeats(kTag, ANDROID_LOG_ERROR);
+vessa::LogRepeats sRepeats(LOG_TAG, ANDROID_LOG_ERROR);
 
 bool refuseOversized(const char* request, size_t length) {
     if (length <= ClientBuffer::kMaxSize) return false;
     if (sRepeats.admit(std::string(request) + ": over the size limit")) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s: %zu bytes is over the %zu byte limit",
-                            request, length, ClientBuffer::kMaxSize);
+        ALOGE("%s: %zu bytes is over the %zu byte limit", request, length, ClientBuffer::kMaxSize);
     }
     return true;
 }
@@ -59,7 +60,7 @@ void VessaManagerService::NotificationClient::serviceDied(uint64_t, const wp<IPq
     sp<VessaManagerService> service = mService.promote();
     if (service == nullptr) return;
     service->removeNotificationClient(mUid);
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "binderDied : client uid %d", mUid);
+    ALOGE("binderDied : client uid %d", mUid);
 }
 
 void VessaManagerService::NotificationClient::onAupParamUpdate(const void* data, uint32_t length) {
@@ -68,7 +69,7 @@ void VessaManagerService::NotificationClient::onAupParamUpdate(const void* data,
     if (!mCallbacks->onAupParamUpdate(bytes, wrap ? length : 0)) {
         char line[48];
         snprintf(line, sizeof(line), "Call client failed on %d", mUid);
-        if (sRepeats.admit(line)) __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", line);
+        if (sRepeats.admit(line)) ALOGE("%s", line);
     }
 }
 
@@ -111,8 +112,7 @@ void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& ms
     try {
         payload = apply(msg);
     } catch (const std::exception& e) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Applying message 0x%x failed: %s",
-                            msg->what(), e.what());
+        ALOGE("Applying message 0x%x failed: %s", msg->what(), e.what());
     }
     mService->doOnAupParamUpdate(payload != nullptr ? payload->data() : nullptr,
                                  payload != nullptr ? payload->size() : 0);
@@ -186,20 +186,20 @@ void VessaManagerService::EventHandler::parseAndSendParam(void* data, uint32_t l
 VessaManagerService::VessaManagerService() = default;
 
 void VessaManagerService::onFirstRef() {
-    __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "onFirstRef");
+    ALOGI("%s ", "onFirstRef");
     mEventHandler = new EventHandler(&mManager, this);
     mEventHandler->start();
 }
 
 VessaManagerService::~VessaManagerService() {
-    __android_log_print(ANDROID_LOG_INFO, kTag, "%s ", "~VessaManagerService");
+    ALOGI("%s ", "~VessaManagerService");
     if (mManagerReady) mManager.lock()->saveSxStateAndSettings();
     if (mEventHandler != nullptr) mEventHandler->stop();
 }
 
 bool VessaManagerService::checkReady(const char* request) {
     if (mManagerReady) return true;
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s SxManager doesn't initialize!", request);
+    ALOGE("%s SxManager doesn't initialize!", request);
     return false;
 }
 
@@ -207,7 +207,7 @@ bool VessaManagerService::checkPort(const char* request, int port) {
     if (static_cast<unsigned int>(port) < static_cast<unsigned int>(vessa::kNumPortNames)) {
         return true;
     }
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s invalid port number, %d", request, port);
+    ALOGE("%s invalid port number, %d", request, port);
     return false;
 }
 
@@ -258,23 +258,22 @@ int64_t VessaManagerService::getIntParam(uint32_t code) {
 
 void VessaManagerService::setIntParam(uint32_t code, int64_t) {
     if (static_cast<IntCode>(code) != IntCode::RELOAD_TUNING) return;
-    __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                        "Notify clients that AUP params changed after reload tuning file.");
+    ALOGD("Notify clients that AUP params changed after reload tuning file.");
     // Reloaded under the manager's lock; clients are told after it is released.
     int result = mManager.lock()->reloadTuningXml();
     if (result == 0) doOnAupParamUpdate(nullptr, 0);
 }
 
 int VessaManagerService::reloadTuningFiles() {
-    if (!mManagerReady) return -19;
-    __android_log_print(ANDROID_LOG_INFO, kTag, "Reloading the tuning files.");
+    if (!mManagerReady) return -ENODEV;
+    ALOGI("Reloading the tuning files.");
     int result;
     {
         SerializedManager::Access manager = mManager.lock();
         result = manager->reloadTuningFiles();
         // A start that failed leaves no context: answer as before the first client, and
         // let the next registration start again.
-        if (result == -19) mManagerReady = false;
+        if (result == -ENODEV) mManagerReady = false;
     }
     if (result == 0) doOnAupParamUpdate(nullptr, 0);
     return result;
@@ -285,17 +284,17 @@ std::string VessaManagerService::getSaveError() {
 }
 
 int VessaManagerService::setAupParam(const void* data, uint32_t length) {
-    if (!mManagerReady) return -19;
-    if (refuseOversized("setAupParam", length)) return -22;
+    if (!mManagerReady) return -ENODEV;
+    if (refuseOversized("setAupParam", length)) return -EINVAL;
     mEventHandler->sendMessage(data, data == nullptr ? 0 : length, kWhatSetParam);
     return 0;
 }
 
 int VessaManagerService::getAupParam(const void* in, uint32_t inLength, void* out,
                                      uint32_t outLength) {
-    if (!mManagerReady) return -19;
+    if (!mManagerReady) return -ENODEV;
     if (refuseOversized("getAupParam", inLength) || refuseOversized("getAupParam", outLength)) {
-        return -22;
+        return -EINVAL;
     }
     return packAndReceiveParam(in, inLength, out, outLength);
 }
@@ -303,8 +302,7 @@ int VessaManagerService::getAupParam(const void* in, uint32_t inLength, void* ou
 int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, void* out,
                                              uint32_t outLength) {
     if (inLength < 4) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s : Invalid input length!",
-                            "packAndReceiveParam");
+        ALOGE("%s : Invalid input length!", "packAndReceiveParam");
     }
     PqsProtocol::Query query = PqsProtocol::readQuery(in, inLength);
     std::vector<int> values;
@@ -342,9 +340,7 @@ int VessaManagerService::packAndReceiveParam(const void* in, uint32_t inLength, 
         // One-word answers are not checked against the length by the protocol,
         // but nothing may be written outside the client's buffer.
         if (!oneWord) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag,
-                                "%s : Invalid output length, not enough buffer!",
-                                "packAndReceiveParam");
+            ALOGE("%s : Invalid output length, not enough buffer!", "packAndReceiveParam");
         }
         return 0;
     }
@@ -388,9 +384,8 @@ void VessaManagerService::getAvailableTuningDevices(int port, void* buffer, int 
     vessa::Port p = static_cast<vessa::Port>(port);
     SerializedManager::Access manager = mManager.lock();
     if (buffer == nullptr || length < 0 || manager->getAvailableTuningDevicesLen(p) > length) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "%s not enough buffer for transferring device name lists for port %d",
-                            "getAvailableTuningDevices", port);
+        ALOGE("%s not enough buffer for transferring device name lists for port %d",
+              "getAvailableTuningDevices", port);
         return;
     }
     char* out = static_cast<char*>(buffer);
@@ -420,7 +415,7 @@ void VessaManagerService::setSelectedTuningDevice(int port, const void* name, in
 void VessaManagerService::registerClient(const sp<IPqsCallbacks>& callbacks, int type,
                                          uint32_t uid) {
     if (callbacks == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kTag, "%s got NULL client", "registerClient");
+        ALOGW("%s got NULL client", "registerClient");
         return;
     }
     {
@@ -428,43 +423,38 @@ void VessaManagerService::registerClient(const sp<IPqsCallbacks>& callbacks, int
         SerializedManager::Access manager = mManager.lock();
         if (!mManagerReady && manager->init() == 0) mManagerReady = true;
     }
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) entry", "registerClient",
-                        type, uid);
+    ALOGD("%s(type = %d, uid = %u) entry", "registerClient", type, uid);
     Mutex::Autolock guard(mLock);
     uint32_t key = uid + static_cast<uint32_t>(type);
     if (mClients.indexOfKey(key) < 0) {
         sp<NotificationClient> client = new NotificationClient(this, callbacks, key, type);
         mClients.add(key, client);
         callbacks->linkToDeath(client, 0);
-        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "registerClient() client %p, uid %d",
-                            static_cast<void*>(client.get()), key);
+        ALOGV("registerClient() client %p, uid %d", static_cast<void*>(client.get()), key);
         if (isDecoderType(type)) ++mDecoderClientCount;
     } else {
-        __android_log_print(ANDROID_LOG_WARN, kTag, "register uid already existing 0x%x", key);
+        ALOGW("register uid already existing 0x%x", key);
     }
     sendRegistrationNotice();
     if (isDecoderType(type)) {
         mLastCodecType = type;
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Last registered codec type is %d", type);
+        ALOGD("Last registered codec type is %d", type);
     } else if (type == kGameClientType) {
         mGameClientRegistered = 1;
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Game AUP registered");
+        ALOGD("Game AUP registered");
     }
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) exit", "registerClient",
-                        type, uid);
+    ALOGD("%s(type = %d, uid = %u) exit", "registerClient", type, uid);
 }
 
 void VessaManagerService::unregisterClient(const sp<IPqsCallbacks>& callbacks, int type,
                                            uint32_t uid) {
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) entry",
-                        "unregisterClient", type, uid);
+    ALOGD("%s(type = %d, uid = %u) entry", "unregisterClient", type, uid);
     Mutex::Autolock guard(mLock);
     uint32_t key = uid + static_cast<uint32_t>(type);
     ssize_t index = mClients.indexOfKey(key);
     if (index < 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "unregisterClient() client %p, uid %d does not exist in Vessa Server",
-                            static_cast<void*>(callbacks.get()), key);
+        ALOGE("unregisterClient() client %p, uid %d does not exist in Vessa Server",
+              static_cast<void*>(callbacks.get()), key);
         return;
     }
     sp<NotificationClient> client = mClients.valueAt(index);
@@ -477,16 +467,14 @@ void VessaManagerService::unregisterClient(const sp<IPqsCallbacks>& callbacks, i
             if (mClients.valueAt(i)->type() == kGameClientType) stillThere = 1;
         }
         mGameClientRegistered = stillThere;
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "Game AUP registered status: %d",
-                            static_cast<int>(stillThere));
+        ALOGD("Game AUP registered status: %d", static_cast<int>(stillThere));
     }
     // An ordinary (user-interface) client leaving persists the whole state.
     if (mManagerReady && !isDecoderType(client->type()) && client->type() != kGameClientType) {
         mManager.lock()->saveSxStateAndSettings();
     }
     sendRegistrationNotice();
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(type = %d, uid = %u) exit", "unregisterClient",
-                        type, uid);
+    ALOGD("%s(type = %d, uid = %u) exit", "unregisterClient", type, uid);
 }
 
 void VessaManagerService::sendRegistrationNotice() {
@@ -496,8 +484,7 @@ void VessaManagerService::sendRegistrationNotice() {
 }
 
 void VessaManagerService::removeNotificationClient(uint32_t key) {
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(uid = %u) entry", "removeNotificationClient",
-                        key);
+    ALOGD("%s(uid = %u) entry", "removeNotificationClient", key);
     {
         Mutex::Autolock guard(mLock);
         ssize_t index = mClients.indexOfKey(key);
@@ -506,19 +493,18 @@ void VessaManagerService::removeNotificationClient(uint32_t key) {
             mClients.removeItemsAt(index);
         }
     }
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(uid = %u) exit", "removeNotificationClient",
-                        key);
+    ALOGD("%s(uid = %u) exit", "removeNotificationClient", key);
 }
 
 void VessaManagerService::doOnAupParamUpdate(const void* data, uint32_t length) {
-    __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() entry", "doOnAupParamUpdate");
+    ALOGV("%s() entry", "doOnAupParamUpdate");
     {
         Mutex::Autolock guard(mLock);
         for (size_t i = 0; i < mClients.size(); ++i) {
             mClients.valueAt(i)->onAupParamUpdate(data, length);
         }
     }
-    __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() exit", "doOnAupParamUpdate");
+    ALOGV("%s() exit", "doOnAupParamUpdate");
 }
 
 bool VessaManagerService::hasDecCP() {
@@ -576,7 +562,7 @@ int VessaManagerService::getActiveDevice() {
 }
 
 int64_t VessaManagerService::getDefaultXmlFormatVersion() {
-    if (!mManagerReady) return -19;
+    if (!mManagerReady) return -ENODEV;
     return parseFormatVersion(mManager.lock()->getDefaultXmlFormatVersion());
 }
 
@@ -601,16 +587,13 @@ int64_t VessaManagerService::parseFormatVersion(const std::string& version) {
         }
     }
     if (!wellFormed || part != 2 || !digits) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "XML version %s is not in Major.Minor.Maintain format!",
-                            version.c_str());
-        return -22;
+        ALOGE("XML version %s is not in Major.Minor.Maintain format!", version.c_str());
+        return -EINVAL;
     }
     for (int value : parts) {
         if (value >= 1000) {
-            __android_log_print(ANDROID_LOG_ERROR, kTag, "XML version %d.%d.%d is invalid!\n",
-                                parts[0], parts[1], parts[2]);
-            return -22;
+            ALOGE("XML version %d.%d.%d is invalid!\n", parts[0], parts[1], parts[2]);
+            return -EINVAL;
         }
     }
     return parts[0] * 1000000LL + parts[1] * 1000LL + parts[2];

@@ -1,6 +1,8 @@
+#define LOG_TAG "DatabaseHelper"
+
 #include "storage/DatabaseHelper.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -18,13 +20,12 @@ namespace vessa {
 
 namespace {
 
-constexpr const char* kTag = "DatabaseHelper";
 constexpr const char* kDefaultOrigin = "default";
 constexpr const char* kOemOrigin = "oem";
 
-#define DB_LOGD(...) __android_log_print(ANDROID_LOG_DEBUG, kTag, __VA_ARGS__)
-#define DB_LOGW(...) __android_log_print(ANDROID_LOG_WARN, kTag, __VA_ARGS__)
-#define DB_LOGE(...) __android_log_print(ANDROID_LOG_ERROR, kTag, __VA_ARGS__)
+#define DB_LOGD(...) ALOGD(__VA_ARGS__)
+#define DB_LOGW(...) ALOGW(__VA_ARGS__)
+#define DB_LOGE(...) ALOGE(__VA_ARGS__)
 
 // Appends a quoted SQL text literal. Doubling the single quotes keeps a value such
 // as a name holding "'" inside its literal instead of ending the statement there.

@@ -1,6 +1,8 @@
+#define LOG_TAG "VsaDatabaseProvider"
+
 #include "storage/Provider.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <utils/Errors.h>
 
 #include <algorithm>
@@ -14,10 +16,6 @@
 #include "storage/DatabaseHelper.h"
 
 namespace vessa {
-
-namespace {
-constexpr const char* kTag = "VsaDatabaseProvider";
-}  // namespace
 
 const std::string Provider::kDefaultName = "default";
 const std::string Provider::kOemName = "oem";
@@ -60,13 +58,11 @@ int Provider::init() {
     std::vector<std::string> names;
     mDatabase->queryProfileNames(names, kDefaultName);
     if (names.empty()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): No profiles found from the database",
-                            "init");
+        ALOGE("%s(): No profiles found from the database", "init");
         return android::NO_INIT;
     }
     mNumOfProfiles = static_cast<int>(names.size());
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s(): Altogether %d profiles found", "init",
-                        mNumOfProfiles);
+    ALOGD("%s(): Altogether %d profiles found", "init", mNumOfProfiles);
     mDefaults.resize(mNumOfProfiles);
     mCustoms.resize(mNumOfProfiles);
     mProfileEndpointSlots.assign(mNumOfProfiles, nullptr);
@@ -103,8 +99,8 @@ int Provider::checkDatabase() {
     std::string reason;
     switch (mDatabase->checkHealth(&reason)) {
         case DatabaseHelper::Health::kLocked:
-            __android_log_print(ANDROID_LOG_ERROR, kTag, "%s is locked (%s); trying again later",
-                                mDatabase->getPath().c_str(), reason.c_str());
+            ALOGE("%s is locked (%s); trying again later", mDatabase->getPath().c_str(),
+                  reason.c_str());
             return android::NO_INIT;
         case DatabaseHelper::Health::kUsable:
             mDatabase->restoreMissingCustomRows();
@@ -129,9 +125,8 @@ int Provider::checkDatabase() {
     }
     std::filesystem::rename(path, asidePath, ec);
     if (ec) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag,
-                            "Settings database %s cannot be used (%s) nor moved aside: %s",
-                            path.c_str(), reason.c_str(), ec.message().c_str());
+        ALOGE("Settings database %s cannot be used (%s) nor moved aside: %s", path.c_str(),
+              reason.c_str(), ec.message().c_str());
         mDatabase = std::make_unique<DatabaseHelper>(kDatabaseName);
         return 0;
     }
@@ -141,17 +136,16 @@ int Provider::checkDatabase() {
         damaged.readUserSettings(mSalvage.get());
     }
     mDatabase = std::make_unique<DatabaseHelper>(kDatabaseName);
-    __android_log_print(ANDROID_LOG_ERROR, kTag,
-                        "Settings database %s cannot be used (%s): moved aside as %s, rebuilding "
-                        "it from the tuning files with the user's settings that can be read",
-                        path.c_str(), reason.c_str(), asidePath.c_str());
+    ALOGE("Settings database %s cannot be used (%s): moved aside as %s, rebuilding "
+          "it from the tuning files with the user's settings that can be read",
+          path.c_str(), reason.c_str(), asidePath.c_str());
     return 0;
 }
 
 void Provider::restoreUserSettings() {
     if (mSalvage == nullptr) return;
     int carried = mDatabase->writeUserSettings(*mSalvage);
-    __android_log_print(ANDROID_LOG_INFO, kTag, "Carried %d of the user's settings over", carried);
+    ALOGI("Carried %d of the user's settings over", carried);
     mSalvage.reset();
 }
 
@@ -161,7 +155,7 @@ std::string Provider::getSaveError() const {
 
 bool Provider::validProfile(int id, const char* caller) const {
     if (id >= 0 && id < mNumOfProfiles) return true;
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): Invalid profile id %d", caller, id);
+    ALOGE("%s(): Invalid profile id %d", caller, id);
     return false;
 }
 
@@ -286,8 +280,7 @@ ProfileEndpoint* Provider::loadProfileEndpoint(int id, Endpoint endpoint) {
 IeqPreset* Provider::loadIeqPreset(PresetType type) {
     int index = static_cast<int>(type);
     if (index < 0 || index >= kNumPresetTypes || mIeqPresets[index] == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s(): No IEQ preset %d", "loadIeqPreset",
-                            index);
+        ALOGE("%s(): No IEQ preset %d", "loadIeqPreset", index);
         return nullptr;
     }
     // Factory rows, written only by a fill before init(): read once, so that a
@@ -408,25 +401,21 @@ Tuning* Provider::loadTuningForDevice(const std::string& device) {
         if (found != nullptr) break;
     }
     if (found == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kTag,
-                            "Cannot find device with name %s in mDeviceTunings", device.c_str());
+        ALOGW("Cannot find device with name %s in mDeviceTunings", device.c_str());
         return nullptr;
     }
     const std::string name = found->getTuning();
     for (Tuning* tuning : mTunings) {
         if (tuning->getName() == name) {
-            __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                                "Found existing tuning[%s] from cache device[%s]", name.c_str(),
-                                device.c_str());
+            ALOGD("Found existing tuning[%s] from cache device[%s]", name.c_str(), device.c_str());
             return tuning;
         }
     }
     Tuning* tuning = new Tuning(name, endpointForPortName(found->getPort()), false);
     mDatabase->queryTuning(name, tuning);
     mTunings.insert(tuning);
-    __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                        "Load tuning[%s] from cache device[%s], and put it in cached mTunings",
-                        name.c_str(), device.c_str());
+    ALOGD("Load tuning[%s] from cache device[%s], and put it in cached mTunings", name.c_str(),
+          device.c_str());
     return tuning;
 }
 
@@ -441,9 +430,8 @@ void Provider::releaseDeviceTunings(bool log) {
     for (auto& [port, deviceTunings] : mDeviceTunings) {
         for (DeviceTuning* deviceTuning : deviceTunings) {
             if (log) {
-                __android_log_print(ANDROID_LOG_DEBUG, kTag,
-                                    "Clear cached device tuning Port[%s]:Device[%s]",
-                                    portName(port), deviceTuning->getDevice().c_str());
+                ALOGD("Clear cached device tuning Port[%s]:Device[%s]", portName(port),
+                      deviceTuning->getDevice().c_str());
             }
             delete deviceTuning;
         }

@@ -1,6 +1,8 @@
+#define LOG_TAG "ValueSetter"
+
 #include "tuning/IeqValueSetter.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 namespace vessa {
 
@@ -11,7 +13,7 @@ IeqValueSetter::IeqValueSetter(const std::string& nodeName, const std::vector<Pa
 
 bool IeqValueSetter::isBand(const TagIterator& it) const {
     if (!it.isElementNode() || it.getNodeName() == "band_ieq") return true;
-    __android_log_print(ANDROID_LOG_INFO, "ValueSetter", "No attribute band_ieq was found!");
+    ALOGI("No attribute band_ieq was found!");
     return false;
 }
 

@@ -1,15 +1,17 @@
+#define LOG_TAG "TagIterator"
+
 #include "tuning/TagIterator.h"
 
-#include <android/log.h>
 #include <libxml/parser.h>
+#include <log/log.h>
+
+#include <cerrno>
 
 #include "tuning/NodeParseUtils.h"
 
 namespace vessa {
 
 namespace {
-
-constexpr const char* kTag = "TagIterator";
 
 // The numbers printed with the failures of init.
 constexpr int kEmptyPathCode = 40;
@@ -34,22 +36,20 @@ TagIterator::~TagIterator() {
 
 int TagIterator::init(const std::string& path) {
     if (path.empty()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalide xml file path, %d", kEmptyPathCode);
-        return -22;
+        ALOGE("Invalide xml file path, %d", kEmptyPathCode);
+        return -EINVAL;
     }
     // A second init would otherwise leak the first document.
     freeDocument();
     mDoc = xmlReadFile(path.c_str(), nullptr, 0);
     if (mDoc == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "fail to call xmlReadFile,  %d",
-                            kReadFileCode);
-        return -22;
+        ALOGE("fail to call xmlReadFile,  %d", kReadFileCode);
+        return -EINVAL;
     }
     mRoot = xmlDocGetRootElement(mDoc);
     if (mRoot == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "fail to call xmlDocGetRootElement, %d",
-                            kNoRootCode);
-        return -19;
+        ALOGE("fail to call xmlDocGetRootElement, %d", kNoRootCode);
+        return -ENODEV;
     }
     mCurrent = mRoot->children;
     return 0;
@@ -85,7 +85,7 @@ void TagIterator::pushNode() {
 
 void TagIterator::popNode() {
     if (mNodeStack.empty()) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "It's empty in node stack!");
+        ALOGE("It's empty in node stack!");
         return;
     }
     mCurrent = mNodeStack.back();
@@ -141,7 +141,7 @@ void TagIterator::clearAll() {
 
 bool TagIterator::isReadableElement() const {
     if (mCurrent == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Invalid node when parsing String vector.");
+        ALOGE("Invalid node when parsing String vector.");
         return false;
     }
     return mCurrent->type == XML_ELEMENT_NODE;

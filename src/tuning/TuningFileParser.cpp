@@ -1,7 +1,11 @@
+#define LOG_TAG "TuningFileParser"
+
 #include "tuning/TuningFileParser.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
+#include <cerrno>
+#include <memory>
 #include <vector>
 
 #include "tuning/NodeParseUtils.h"
@@ -9,8 +13,6 @@
 namespace vessa {
 
 namespace {
-
-constexpr const char* kTag = "TuningFileParser";
 
 // Version prefixes of the two older formats that need fixed values.
 const std::string kFormat32Prefix = "3.2.";
@@ -78,8 +80,7 @@ void deleteAll(std::set<T*>& records) {
 
 }  // namespace
 
-TuningFileParser::TuningFileParser()
-    : mParsed(false), mNumOfProfiles(0), mDeviceData(nullptr), mVirtualBassType(1) {}
+TuningFileParser::TuningFileParser() : mParsed(false), mNumOfProfiles(0), mVirtualBassType(1) {}
 
 TuningFileParser::TuningFileParser(const std::string& path) : TuningFileParser() {
     setTuningFile(path);
@@ -92,17 +93,15 @@ TuningFileParser::~TuningFileParser() {
     deleteAll(mProfileEndpoints);
     deleteAll(mTunings);
     deleteAll(mDeviceTunings);
-    delete mDeviceData;
 }
 
 int TuningFileParser::setTuningFile(const std::string& path) {
-    if (mTagIterator.init(path) != 0) return -22;
+    if (mTagIterator.init(path) != 0) return -EINVAL;
     parseTuningFile();
     // The records hold everything that is needed; the document can go now.
     mTagIterator.clearAll();
 
-    delete mDeviceData;
-    mDeviceData = new DeviceData();
+    mDeviceData = std::make_unique<DeviceData>();
     mDeviceData->setFormatVersion(mFormatVersion);
     mDeviceData->setToolVersion(mToolVersion);
     mDeviceData->setIeqPresets(mIeqPresets);
@@ -134,7 +133,7 @@ PresetType TuningFileParser::getIeqPresetTypeByName(const std::string& name) {
         if (name.find("warm") != std::string::npos) return PresetType::WARM;
         if (name.find("detailed") != std::string::npos) return PresetType::DETAILED;
     }
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "name is invalid, %d", kInvalidPresetNameCode);
+    ALOGE("name is invalid, %d", kInvalidPresetNameCode);
     return PresetType::OFF;
 }
 
@@ -150,7 +149,7 @@ void TuningFileParser::parseVersions() {
     forEachElementFromHere(mTagIterator, [this](const std::string& name) {
         if (name == "format_version") {
             mFormatVersion = joinVersion(readAttributes(mTagIterator, kVersionAttrs));
-            __android_log_print(ANDROID_LOG_DEBUG, kTag, "xml version: %s", mFormatVersion.c_str());
+            ALOGD("xml version: %s", mFormatVersion.c_str());
         } else if (name == "tool_version") {
             mToolVersion = joinVersion(readAttributes(mTagIterator, kVersionAttrs));
         } else if (name == "authorized_technologies") {
@@ -180,8 +179,7 @@ void TuningFileParser::parseAuthorizedTechnologies() {
     mTagIterator.pushNode();
     mTagIterator.childrenNext();
     mVirtualBassType = string2Int(readAttributes(mTagIterator, kTechnologyAttrs)[0]);
-    __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s, mVirtualBassType = %d",
-                        "parseAuthorizedTechnologies", mVirtualBassType);
+    ALOGD("%s, mVirtualBassType = %d", "parseAuthorizedTechnologies", mVirtualBassType);
     mTagIterator.popNode();
 }
 
@@ -207,7 +205,7 @@ void TuningFileParser::parseProfile() {
     PresetType presetType = PresetType::OFF;
     if (isFormat32()) {
         // 3.2 profiles name one preset for all endpoints, after their data section.
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s, parse the ieq preset", "parseProfile");
+        ALOGD("%s, parse the ieq preset", "parseProfile");
         mTagIterator.pushNode();
         mTagIterator.childrenNext();
         mTagIterator.next();
@@ -255,8 +253,7 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
                         : name == "headphone" ? Endpoint::HEADPHONE
                                               : Endpoint::OTHER;
     if (!isFormat32()) {
-        __android_log_print(ANDROID_LOG_DEBUG, kTag, "%s:%s, parse the include ieq preset",
-                            "parseProfileEndpoint", name.c_str());
+        ALOGD("%s:%s, parse the include ieq preset", "parseProfileEndpoint", name.c_str());
         mTagIterator.pushNode();
         mTagIterator.childrenNext();
         presetType = parseIncludedPreset();
@@ -288,7 +285,7 @@ void TuningFileParser::parseTuning() {
     Endpoint endpoint = attrs[1] == "headphone" ? Endpoint::HEADPHONE
                         : attrs[1] == "other"   ? Endpoint::OTHER
                                                 : Endpoint::SPEAKER;
-    auto* tuning = new Tuning(name, endpoint, attrs[2] == "true");
+    auto tuning = std::make_unique<Tuning>(name, endpoint, attrs[2] == "true");
     tuning->set(Parameter::ORIENTATION, {string2Int(attrs[3])});
     tuning->set(Parameter::OUTPUT_CHANNELS, {string2Int(attrs[4])});
 
@@ -309,14 +306,13 @@ void TuningFileParser::parseTuning() {
     if (!hasData) {
         // The saved position stays on the stack: with no current node the
         // caller's walk ends here, and later records are not read.
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "There is no <data> in Tuning section");
-        delete tuning;
+        ALOGE("There is no <data> in Tuning section");
         return;
     }
     applySetters(*tuning);
     if (isFormat322()) tuning->set(Parameter::BASS_MBDRC_ENABLE, {0});
     mTagIterator.popNode();
-    mTunings.insert(tuning);
+    mTunings.insert(tuning.release());
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -38,7 +39,7 @@ class TuningFileParser {
     void parseTuningFile();
     bool isParsed() const { return mParsed; }
     // Owned by the parser; null before the first successful setTuningFile.
-    DeviceData* getDeviceData() const { return mDeviceData; }
+    DeviceData* getDeviceData() const { return mDeviceData.get(); }
     int getNumOfProfiles() const { return mNumOfProfiles; }
     // Empty for an unknown id (which is then remembered with the empty name).
     std::string getProfileName(int id);
@@ -71,7 +72,7 @@ class TuningFileParser {
 
     bool mParsed;
     int mNumOfProfiles;
-    DeviceData* mDeviceData;
+    std::unique_ptr<DeviceData> mDeviceData;
     int mVirtualBassType;
     std::string mFormatVersion;
     std::string mToolVersion;
