@@ -22,27 +22,37 @@
 
 namespace vessa {
 
-namespace {
-std::vector<Parameter> params(std::initializer_list<int> numbers) {
-    std::vector<Parameter> out;
-    for (int n : numbers) out.push_back(toParameter(n));
-    return out;
-}
-}  // namespace
+using P = Parameter;
 
-const std::vector<Parameter> DeEnableTranslator::kSrcParams = params({23});
-const std::vector<Parameter> DeAmountTranslator::kSrcParams = params({21});
-const std::vector<Parameter> AudioOptimizerTranslator::kSrcParams = params({1, 2, 3, 4, 5});
-const std::vector<Parameter> AudioRegulatorTranslator::kSrcParams =
-        params({59, 50, 51, 60, 61, 53, 54, 55, 56});
-const std::vector<Parameter> GeqTranslator::kSrcParams = params({24, 25});
-const std::vector<Parameter> IeqTranslator::kSrcParams = params({36, 38});
-const std::vector<Parameter> OutputModeTranslator::kSrcParams = params({83, 46, 44});
-const std::vector<Parameter> VirtualBassEnableTranslator::kSrcParams = params({69, 82});
-const std::vector<Parameter> VirtualBassTranslator::kSrcParams = params({80, 79, 74, 73});
-const std::vector<Parameter> ComplexEqualizerTranslator::kSrcParams = params({16, 17, 18, 19});
-const std::vector<Parameter> CustomDRCTranslator::kSrcParams = params({20});
-const std::vector<Parameter> BassMbdrcTranslator::kSrcParams = params({13});
+const std::vector<Parameter> DeEnableTranslator::kSrcParams = {P::DIALOG_ENHANCER_ENABLE};
+const std::vector<Parameter> DeAmountTranslator::kSrcParams = {P::DIALOG_ENHANCER_AMOUNT};
+const std::vector<Parameter> AudioOptimizerTranslator::kSrcParams = {
+        P::AUDIO_OPTIMIZER_FREQUENCY, P::AUDIO_OPTIMIZER_GAIN_L, P::AUDIO_OPTIMIZER_GAIN_LS,
+        P::AUDIO_OPTIMIZER_GAIN_R, P::AUDIO_OPTIMIZER_GAIN_RS};
+const std::vector<Parameter> AudioRegulatorTranslator::kSrcParams = {
+        P::REGULATOR_STRESS_AMOUNT,
+        P::REGULATOR_FREQUENCY,
+        P::REGULATOR_ISOLATED_BAND,
+        P::REGULATOR_THRESHOLD_HIGH,
+        P::REGULATOR_THRESHOLD_LOW,
+        P::REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT,
+        P::REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
+        P::REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
+        P::REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND};
+const std::vector<Parameter> GeqTranslator::kSrcParams = {P::GEQ_FREQUENCY, P::GEQ_GAIN};
+const std::vector<Parameter> IeqTranslator::kSrcParams = {P::IEQ_FREQUENCY, P::IEQ_TARGET};
+const std::vector<Parameter> OutputModeTranslator::kSrcParams = {
+        P::VIRTUALIZER_ENABLE, P::OUTPUT_MIX_MATRIX, P::ORIENTATION};
+const std::vector<Parameter> VirtualBassEnableTranslator::kSrcParams = {P::VIRTUAL_BASS_ENABLE,
+                                                                        P::VIRTUAL_BASS_TYPE};
+const std::vector<Parameter> VirtualBassTranslator::kSrcParams = {
+        P::VIRTUAL_BASS_SRC_FREQ_LOW, P::VIRTUAL_BASS_SRC_FREQ_HIGH, P::VIRTUAL_BASS_MIX_FREQ_LOW,
+        P::VIRTUAL_BASS_MIX_FREQ_HIGH};
+const std::vector<Parameter> ComplexEqualizerTranslator::kSrcParams = {
+        P::COMPLEX_EQUALIZER_TUNING_LEFT, P::COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND,
+        P::COMPLEX_EQUALIZER_TUNING_RIGHT, P::COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND};
+const std::vector<Parameter> CustomDRCTranslator::kSrcParams = {P::CUSTOM_DRC_METADATA};
+const std::vector<Parameter> BassMbdrcTranslator::kSrcParams = {P::BASS_MBDRC_TUNING};
 
 namespace {
 
@@ -54,35 +64,63 @@ constexpr size_t kNumSimpleTranslators = 57;
 // creation: the simple ones in table order, then the special classes.
 struct TranslatorBlock {
     SimpleTranslator simple[kNumSimpleTranslators] = {
-            {AupParameter::GEON, toParameter(26)}, {AupParameter::IEON, toParameter(35)},
-            {AupParameter::IEA, toParameter(34)},  {AupParameter::IEID, toParameter(37)},
-            {AupParameter::MDLE, toParameter(40)}, {AupParameter::MIEE, toParameter(41)},
-            {AupParameter::MSCE, toParameter(42)}, {AupParameter::MAVE, toParameter(39)},
-            {AupParameter::MVBE, toParameter(43)}, {AupParameter::AOON, toParameter(0)},
-            {AupParameter::BEON, toParameter(8)},  {AupParameter::BEB, toParameter(6)},
-            {AupParameter::BECF, toParameter(7)},  {AupParameter::BEW, toParameter(9)},
-            {AupParameter::PLB, toParameter(14)},  {AupParameter::DED, toParameter(22)},
-            {AupParameter::ARDS, toParameter(48)}, {AupParameter::ARON, toParameter(49)},
-            {AupParameter::ARDE, toParameter(58)}, {AupParameter::AROD, toParameter(52)},
-            {AupParameter::ARTP, toParameter(62)}, {AupParameter::RSSE, toParameter(57)},
-            {AupParameter::NGON, toParameter(66)}, {AupParameter::DSB, toParameter(65)},
-            {AupParameter::VBOG, toParameter(76)}, {AupParameter::VBSG, toParameter(78)},
-            {AupParameter::VBHG, toParameter(81)}, {AupParameter::VBBG, toParameter(67)},
-            {AupParameter::VBCT, toParameter(68)}, {AupParameter::VBHM, toParameter(70)},
-            {AupParameter::VBHB, toParameter(71)}, {AupParameter::VBMX, toParameter(72)},
-            {AupParameter::VBRG, toParameter(77)}, {AupParameter::VMB, toParameter(88)},
-            {AupParameter::DVLA, toParameter(89)}, {AupParameter::DVLC, toParameter(90)},
-            {AupParameter::DVLE, toParameter(91)}, {AupParameter::DVLI, toParameter(92)},
-            {AupParameter::DVLO, toParameter(93)}, {AupParameter::DVME, toParameter(95)},
-            {AupParameter::DVMC, toParameter(94)}, {AupParameter::DHFM, toParameter(33)},
-            {AupParameter::DFSA, toParameter(84)}, {AupParameter::DSA, toParameter(87)},
-            {AupParameter::DHSA, toParameter(85)}, {AupParameter::SVSB, toParameter(86)},
-            {AupParameter::VSSD, toParameter(27)}, {AupParameter::CEON, toParameter(15)},
-            {AupParameter::DPLP, toParameter(47)}, {AupParameter::HPON, toParameter(30)},
-            {AupParameter::HPTW, toParameter(32)}, {AupParameter::HPAT, toParameter(31)},
-            {AupParameter::HPAA, toParameter(28)}, {AupParameter::HPAR, toParameter(29)},
-            {AupParameter::BMDE, toParameter(12)}, {AupParameter::RVSA, toParameter(63)},
-            {AupParameter::RVSE, toParameter(64)},
+            {AupParameter::GEON, P::GRAPHIC_EQUALIZER_ENABLE},
+            {AupParameter::IEON, P::IEQ_ENABLE},
+            {AupParameter::IEA, P::IEQ_AMOUNT},
+            {AupParameter::IEID, P::IEQ_ID},
+            {AupParameter::MDLE, P::MI_DV_LEVELER_STEERING_ENABLE},
+            {AupParameter::MIEE, P::MI_IEQ_STEERING_ENABLE},
+            {AupParameter::MSCE, P::MI_SURROUND_COMPRESSOR_STEERING_ENABLE},
+            {AupParameter::MAVE, P::MI_ADAPTIVE_VIRTUALIZER_STEERING_ENABLE},
+            {AupParameter::MVBE, P::MI_VIRTUALIZER_BINAURAL_STEERING_ENABLE},
+            {AupParameter::AOON, P::AUDIO_OPTIMIZER_ENABLE},
+            {AupParameter::BEON, P::BASS_ENHANCER_ENABLE},
+            {AupParameter::BEB, P::BASS_ENHANCER_BOOST},
+            {AupParameter::BECF, P::BASS_ENHANCER_CUTOFF_FREQUENCY},
+            {AupParameter::BEW, P::BASS_ENHANCER_WIDTH},
+            {AupParameter::PLB, P::CALIBRATION_BOOST},
+            {AupParameter::DED, P::DIALOG_ENHANCER_DUCKING},
+            {AupParameter::ARDS, P::REGULATOR_DISTORTION_SLOPE},
+            {AupParameter::ARON, P::REGULATOR_ENABLE},
+            {AupParameter::ARDE, P::REGULATOR_SPEAKER_DIST_ENABLE},
+            {AupParameter::AROD, P::REGULATOR_OVERDRIVE},
+            {AupParameter::ARTP, P::REGULATOR_TIMBRE_PRESERVATION},
+            {AupParameter::RSSE, P::REGULATOR_SIBILANCE_SUPPRESS_ENABLE},
+            {AupParameter::NGON, P::SURROUND_DECODER_ENABLE},
+            {AupParameter::DSB, P::SURROUND_BOOST},
+            {AupParameter::VBOG, P::VIRTUAL_BASS_OVERALL_GAIN},
+            {AupParameter::VBSG, P::VIRTUAL_BASS_SLOPE_GAIN},
+            {AupParameter::VBHG, P::VIRTUAL_BASS_SUBGAINS},
+            {AupParameter::VBBG, P::VIRTUAL_BASS_BLEND_LINEAR_GAIN},
+            {AupParameter::VBCT, P::VIRTUAL_BASS_COMPRESSOR_TUNING},
+            {AupParameter::VBHM, P::VIRTUAL_BASS_HARMGAINS},
+            {AupParameter::VBHB, P::VIRTUAL_BASS_HYBGAINS},
+            {AupParameter::VBMX, P::VIRTUAL_BASS_MIX_FREQUENCY},
+            {AupParameter::VBRG, P::VIRTUAL_BASS_ROLLOFF_GAIN},
+            {AupParameter::VMB, P::VOLMAX_BOOST},
+            {AupParameter::DVLA, P::VOLUME_LEVELER_AMOUNT},
+            {AupParameter::DVLC, P::VOLUME_LEVELER_COMPRESSOR_ENABLE},
+            {AupParameter::DVLE, P::VOLUME_LEVELER_ENABLE},
+            {AupParameter::DVLI, P::VOLUME_LEVELER_IN_TARGET},
+            {AupParameter::DVLO, P::VOLUME_LEVELER_OUT_TARGET},
+            {AupParameter::DVME, P::VOLUME_MODELER_ENABLE},
+            {AupParameter::DVMC, P::VOLUME_MODELER_CALIBRATION},
+            {AupParameter::DHFM, P::HEIGHT_FILTER_MODE},
+            {AupParameter::DFSA, P::VIRTUALIZER_FRONT_SPEAKER_ANGLE},
+            {AupParameter::DSA, P::VIRTUALIZER_SURROUND_SPEAKER_ANGLE},
+            {AupParameter::DHSA, P::VIRTUALIZER_HEIGHT_SPEAKER_ANGLE},
+            {AupParameter::SVSB, P::VIRTUALIZER_START_BAND},
+            {AupParameter::VSSD, P::HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE},
+            {AupParameter::CEON, P::COMPLEX_EQUALIZER_ENABLE},
+            {AupParameter::DPLP, P::PEAK_VALUE},
+            {AupParameter::HPON, P::HEARING_PROTECTION_ENABLE},
+            {AupParameter::HPTW, P::HEARING_PROTECTION_RMS_AVERAGING_TIME_WIN_LEN},
+            {AupParameter::HPAT, P::HEARING_PROTECTION_RMS_ATTENUATION_TARGET},
+            {AupParameter::HPAA, P::HEARING_PROTECTION_ATTENUATION_ATTACK_TIME},
+            {AupParameter::HPAR, P::HEARING_PROTECTION_ATTENUATION_RELEASE_TIME},
+            {AupParameter::BMDE, P::BASS_MBDRC_ENABLE},
+            {AupParameter::RVSA, P::REVERB_SUPPRESSION_AMOUNT},
+            {AupParameter::RVSE, P::REVERB_SUPPRESSION_ENABLE},
     };
     DeEnableTranslator deEnable;
     DeAmountTranslator deAmount;
