@@ -9,6 +9,9 @@ namespace vessa {
 
 // Base of the setters whose element fills exactly one parameter.
 class SingleParamValueSetter : public ValueSetter {
+  public:
+    Parameter getParameter() const { return mParam; }
+
   protected:
     SingleParamValueSetter(const std::string& nodeName, Parameter param)
         : ValueSetter(nodeName), mParam(param) {}
