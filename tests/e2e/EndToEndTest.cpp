@@ -18,9 +18,9 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using namespace std::chrono_literals;
 
-class EndToEndTest : public DaemonFixture {};
+class VessadAndItsClients : public DaemonFixture {};
 
-TEST_F(EndToEndTest, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
+TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
     startService();
     ChildProcess watcher(ctlArgs({"--uid", "5000", "watch"}), dir);
     ASSERT_TRUE(watcher.waitForOutput("clients changed\n")) << watcher.err();
@@ -85,7 +85,7 @@ TEST_F(EndToEndTest, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
     EXPECT_EQ(0, stopService()) << vessad->err();
 }
 
-TEST_F(EndToEndTest, KilledDecoderClientIsRemoved) {
+TEST_F(VessadAndItsClients, KilledDecoderClientIsRemoved) {
     startService();
     std::unique_ptr<PqsClient> probe = connectClient();
     auto intParam = [&probe](const char(&code)[5]) {
@@ -106,7 +106,7 @@ TEST_F(EndToEndTest, KilledDecoderClientIsRemoved) {
     EXPECT_THAT(vessad->err(), Not(HasSubstr("register uid already existing")));
 }
 
-TEST_F(EndToEndTest, StatePersistsAcrossARestartAndOneDaemonServesTheBus) {
+TEST_F(VessadAndItsClients, StatePersistsAcrossARestartAndOneDaemonServesTheBus) {
     ChildProcess::Result missing = run(ctlArgs({"status"}));
     EXPECT_EQ(1, missing.exitCode);
     EXPECT_THAT(missing.err, HasSubstr("is not running on the bus at"));
@@ -139,7 +139,7 @@ long residentKb(pid_t pid) {
 // One connection registers thousands of made-up uids while it reads its updates:
 // past the per-connection cap it is refused, and once it has left, a genuine
 // client hears every change again, with the daemon's memory about where it was.
-TEST_F(EndToEndTest, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFlowing) {
+TEST_F(VessadAndItsClients, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFlowing) {
     startService();
     std::unique_ptr<PqsClient> genuine = connectClient();
     genuine->registerClient(0, 100);
@@ -184,7 +184,7 @@ TEST_F(EndToEndTest, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFlowing) 
 
 // busctl, a client we did not write, and bad input: each call gets a neutral
 // answer or a D-Bus error, and the service goes on.
-TEST_F(EndToEndTest, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStaysUp) {
+TEST_F(VessadAndItsClients, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStaysUp) {
     startService();
     struct Call {
         Args args;
@@ -258,7 +258,7 @@ constexpr const char* kSystemBusDefaults = R"(<!DOCTYPE busconfig PUBLIC
   </policy>
 )";
 
-TEST_F(EndToEndTest, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyoneIsServed) {
+TEST_F(VessadAndItsClients, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyoneIsServed) {
     const char* setpriv = "/usr/bin/setpriv";
     if (getuid() != 0 || getpwnam("nobody") == nullptr || access(setpriv, X_OK) != 0) {
         GTEST_SKIP() << "needs root, the user nobody and setpriv";

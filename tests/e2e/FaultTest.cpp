@@ -19,7 +19,7 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using namespace std::chrono_literals;
 
-class FaultTest : public DaemonFixture {
+class VessadUnderFaults : public DaemonFixture {
   protected:
     const std::string database = dir + "/data/vendor/vessa/zan_sqlite3.db";
 
@@ -40,7 +40,7 @@ class FaultTest : public DaemonFixture {
 // An ordinary client leaving saves the whole state; vessad is killed at a random
 // moment around that save. After each restart the file is whole, and both changes
 // are there or neither is.
-TEST_F(FaultTest, AKillDuringASaveLeavesTheOldStateOrTheNewNeverAMixture) {
+TEST_F(VessadUnderFaults, AKillDuringASaveLeavesTheOldStateOrTheNewNeverAMixture) {
     std::mt19937 random(20261123);
     startService();
     std::pair<int32_t, int32_t> saved = amounts();
@@ -76,7 +76,7 @@ TEST_F(FaultTest, AKillDuringASaveLeavesTheOldStateOrTheNewNeverAMixture) {
     EXPECT_EQ(0, stopService());
 }
 
-TEST_F(FaultTest, LosingTheBusSavesAndExitsOne) {
+TEST_F(VessadUnderFaults, LosingTheBusSavesAndExitsOne) {
     std::filesystem::create_directories(dir + "/lost");
     auto lost = std::make_unique<PrivateBus>(dir + "/lost");
     ChildProcess daemon(vessadArgs(*lost), dir);
@@ -99,7 +99,7 @@ TEST_F(FaultTest, LosingTheBusSavesAndExitsOne) {
 
 // The OEM tuning of a selected device gets a new value; SIGHUP brings it to the effect,
 // tells the clients as a reload does, and the service goes on.
-TEST_F(FaultTest, SighupAppliesWhatTheOemFileSaysNow) {
+TEST_F(VessadUnderFaults, SighupAppliesWhatTheOemFileSaysNow) {
     std::string oem = root.sampleOem();
     root.installOem(oem);
     startService();
@@ -122,7 +122,7 @@ TEST_F(FaultTest, SighupAppliesWhatTheOemFileSaysNow) {
 }
 
 // Saves that fail are reported: in the log, with the file, and by vessactl status.
-TEST_F(FaultTest, SavesToADirectoryThatCannotBeWrittenAreReported) {
+TEST_F(VessadUnderFaults, SavesToADirectoryThatCannotBeWrittenAreReported) {
     startService();
     ctl({"status"});  // the first client fills the database
     ASSERT_EQ(0, stopService());
@@ -149,7 +149,7 @@ TEST_F(FaultTest, SavesToADirectoryThatCannotBeWrittenAreReported) {
 }
 
 // vessactl watch says when the service leaves; with --follow it waits and registers again.
-TEST_F(FaultTest, WatchSaysWhenTheServiceLeavesAndFollowsItBack) {
+TEST_F(VessadUnderFaults, WatchSaysWhenTheServiceLeavesAndFollowsItBack) {
     startService();
     ChildProcess plain(ctlArgs({"watch"}), dir);
     ChildProcess follow(ctlArgs({"watch", "--follow"}), dir);

@@ -54,16 +54,5 @@ TEST(TheSettingsTable, AgreesWithTheRangesOfTheSampleGenerator) {
     EXPECT_EQ(15, checked);
 }
 
-TEST(TheSettingsTable, HasOneRowPerIdAndName) {
-    int id = SettingsTable::kBaseId;
-    for (const SettingsTable::Row& row : SettingsTable::rows()) {
-        EXPECT_EQ(++id, row.setting.id);
-        EXPECT_EQ(&row, SettingsTable::find(row.setting.name));
-        EXPECT_EQ(row.setting.level != client::Setting::Level::FIXED_ENDPOINT, row.setting.clamped);
-    }
-    EXPECT_EQ(SettingsTable::kVolumeLevelerAmount, id);
-    EXPECT_EQ(nullptr, SettingsTable::find(SettingsTable::kBaseId));
-}
-
 }  // namespace
 }  // namespace vessa

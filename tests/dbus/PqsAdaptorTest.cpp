@@ -35,7 +35,7 @@ struct DeathRecorder : android::PqsDeathRecipient {
     Deaths deaths;
 };
 
-class PqsFrontEndTest : public ::testing::Test {
+class TheDBusFrontEnd : public ::testing::Test {
   protected:
     void SetUp() override {
         ASSERT_FALSE(bus.address().empty()) << bus.error();
@@ -63,7 +63,7 @@ class PqsFrontEndTest : public ::testing::Test {
     std::string error;
 };
 
-TEST_F(PqsFrontEndTest, AupParamAnswerIsZeroFilledToTheAskedLengthAndBounded) {
+TEST_F(TheDBusFrontEnd, AupParamAnswerIsZeroFilledToTheAskedLengthAndBounded) {
     const Bytes request = {0, 0, 0, 1, 108, 0, 0, 0, 2, 0, 0, 0};
     EXPECT_CALL(*service, getAupParam(_, 12, _, 16))
             .WillOnce([&request](const void* in, uint32_t, void* out, uint32_t) {
@@ -84,7 +84,7 @@ TEST_F(PqsFrontEndTest, AupParamAnswerIsZeroFilledToTheAskedLengthAndBounded) {
                              "getAupParam: answer length 65537 refused"));
 }
 
-TEST_F(PqsFrontEndTest, StoredParamsAreSortedByDeviceThenId) {
+TEST_F(TheDBusFrontEnd, StoredParamsAreSortedByDeviceThenId) {
     EXPECT_CALL(*service, getStoredParams(_, true, _))
             .WillOnce([](android::KeyedVector<uint32_t, AupParamCache*>* out, bool, int* count) {
                 out->add(0, new AupParamCache(0x8, 5, {1}));
@@ -98,7 +98,7 @@ TEST_F(PqsFrontEndTest, StoredParamsAreSortedByDeviceThenId) {
     EXPECT_EQ((decltype(entries){{0x2u, 1u, {}}, {0x2u, 9u, {2, 3}}, {0x8u, 5u, {1}}}), entries);
 }
 
-TEST_F(PqsFrontEndTest, ClientIsCalledBackAtItsPathAndSlashMeansNoCallbacks) {
+TEST_F(TheDBusFrontEnd, ClientIsCalledBackAtItsPathAndSlashMeansNoCallbacks) {
     android::sp<android::IPqsCallbacks> callbacks = registerAndCapture(client, 3, 77);
     ASSERT_NE(nullptr, callbacks.get());
     const Bytes blob = {0, 0, 0, 0, 5, 0, 0, 0, 5, 0, 0, 0};
@@ -119,7 +119,7 @@ TEST_F(PqsFrontEndTest, ClientIsCalledBackAtItsPathAndSlashMeansNoCallbacks) {
     calls().registerClient(sdbus::ObjectPath("/"), 0, 5);
 }
 
-TEST_F(PqsFrontEndTest, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
+TEST_F(TheDBusFrontEnd, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
     auto other = std::make_unique<PqsClient>(bus.address());
     ASSERT_TRUE(other->connect(&error)) << error;
     android::sp<android::IPqsCallbacks> leaving = registerAndCapture(*other, 0, 10);
@@ -148,7 +148,7 @@ TEST_F(PqsFrontEndTest, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
 // The service calls clients back holding its lock, and registerClient waits for
 // that lock on the bus thread. A callback must therefore never need the bus
 // thread, or both would wait for each other.
-TEST_F(PqsFrontEndTest, CallbacksUnderTheServiceLockDoNotWaitForABlockedRequest) {
+TEST_F(TheDBusFrontEnd, CallbacksUnderTheServiceLockDoNotWaitForABlockedRequest) {
     std::mutex serviceLock;
     android::sp<android::IPqsCallbacks> callbacks;
     EXPECT_CALL(*service, registerClient(_, _, _))
