@@ -14,9 +14,8 @@ namespace vessa {
 namespace {
 
 namespace fs = std::filesystem;
-using test::SampleRoot;
-
-const std::string kDatabase = "/data/vendor/vessa/zan_sqlite3.db";
+using Values = std::vector<int>;
+constexpr const char* kTag = "VsaDatabaseProvider";
 
 void exec(const std::string& path, const char* sql) {
     sqlite3* db = nullptr;
@@ -38,14 +37,14 @@ std::vector<std::string> takeAside(const std::string& database) {
     return aside;
 }
 
-TEST(ContextRecoveryTest, ADamagedDatabaseIsSetAsideAndRebuiltWithWhatCanBeRead) {
-    SampleRoot root;
-    const std::string path = root.dir.path() + kDatabase;
-    {
+// The sample root after a life that changed the user's settings and saved them.
+class ASavedDatabase : public ::testing::Test {
+  protected:
+    void SetUp() override {
         SxContextManager manager;
         SxContext* context = manager.getSxContext();
         ASSERT_NE(nullptr, context);
-        std::vector<int> amount = {12};
+        Values amount = {12};
         context->setProfileParameter(2, Endpoint::SPEAKER, Parameter::DIALOG_ENHANCER_AMOUNT,
                                      amount);
         context->setAupOn(false);
@@ -53,60 +52,62 @@ TEST(ContextRecoveryTest, ADamagedDatabaseIsSetAsideAndRebuiltWithWhatCanBeRead)
         ASSERT_TRUE(context->setSelectedTuning(Port::BLUETOOTH, "bt_earbuds_b", false));
         context->save();
     }
+
+    test::SampleRoot root;
+    const std::string path = root.dir.path() + "/data/vendor/vessa/zan_sqlite3.db";
+};
+
+TEST_F(ASavedDatabase, IsSetAsideWhenDamagedAndRebuiltWithTheSettingsItStillYields) {
     fs::copy_file(path, path + ".good");
-    using Damage = std::function<void()>;
     const struct {
-        const char* name;
-        Damage damage;
+        std::function<void()> damage;
+        const char* reason;
         bool readable;
     } cases[] = {
-            {"a factory row missing",
-             [&] {
+            {[&] {
                  exec(path, "DELETE FROM profile_endpoints WHERE custom_name='default' AND _id=1");
              },
-             true},
-            {"a table of one column",
-             [&] {
+             "a user row of profile_endpoints has no factory row", true},
+            {[&] {
                  exec(path, "DROP TABLE device_tunings; CREATE TABLE device_tunings (_id INTEGER)");
              },
-             true},
-            {"cut in half", [&] { fs::resize_file(path, fs::file_size(path) / 2); }, false},
-            {"random bytes", [&] { std::ofstream(path) << std::string(9000, '#'); }, false},
-            {"a directory", [&] { fs::remove(path), fs::create_directory(path); }, false},
+             "table device_tunings has other columns", true},
+            {[&] { fs::resize_file(path, fs::file_size(path) / 2); },
+             "database disk image is malformed", false},
+            {[&] { std::ofstream(path) << std::string(9000, '#'); }, "file is not a database",
+             false},
+            {[&] { fs::remove(path), fs::create_directory(path); }, "it is a directory", false},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
         fs::remove_all(path);
         fs::copy_file(path + ".good", path);
         c.damage();
         LogCapture log;
         SxContextManager manager;
         SxContext* context = manager.getSxContext();
-        ASSERT_NE(nullptr, context) << c.name;
-        EXPECT_EQ(5, context->getNumOfProfiles()) << c.name;
-        std::vector<std::string> aside = takeAside(path);
-        ASSERT_EQ(1u, aside.size()) << c.name;
-        bool named = false;
-        for (const auto& line : log.linesWithTag("VsaDatabaseProvider")) {
-            named |= line.message.find(path + " cannot be used") != std::string::npos &&
-                     line.message.find("moved aside as " + aside[0]) != std::string::npos;
-        }
-        EXPECT_TRUE(named) << c.name;
-        if (!c.readable) continue;
-        EXPECT_FALSE(context->getAupOn()) << c.name;
-        EXPECT_EQ(3, context->getSelectedProfile()->getProfileId()) << c.name;
-        EXPECT_EQ(std::vector<int>{12},
-                  context->getProfileParameter(2, Endpoint::SPEAKER,
-                                               Parameter::DIALOG_ENHANCER_AMOUNT))
-                << c.name;
-        EXPECT_EQ("bt_earbuds_b", context->getSelectedTuningDevice(Port::BLUETOOTH)) << c.name;
+        ASSERT_NE(nullptr, context);
+        EXPECT_EQ(5, context->getNumOfProfiles());
+        const std::vector<std::string> aside = takeAside(path);
+        ASSERT_EQ(1u, aside.size());
+        EXPECT_TRUE(log.contains(kTag, "Settings database " + path + " cannot be used (" +
+                                               c.reason + "): moved aside as " + aside[0] +
+                                               ", rebuilding it from the tuning files with the "
+                                               "user's settings that can be read"));
+        // What could be read is carried over; the rest starts from the tuning file.
+        EXPECT_EQ(c.readable ? 3 : 0, context->getSelectedProfile()->getProfileId());
+        EXPECT_NE(c.readable, context->getAupOn());
+        EXPECT_EQ(c.readable,
+                  Values{12} == context->getProfileParameter(2, Endpoint::SPEAKER,
+                                                             Parameter::DIALOG_ENHANCER_AMOUNT));
+        EXPECT_EQ(c.readable ? "bt_earbuds_b" : "default_bluetooth",
+                  context->getSelectedTuningDevice(Port::BLUETOOTH));
     }
 }
 
-TEST(ContextRecoveryTest, ALockHeldAtStartIsWaitedForAndTheNextStartTriesAgain) {
-    SampleRoot root;
-    { SxContextManager first; }
+TEST_F(ASavedDatabase, IsWaitedForWhenLockedAtStartAndTriedAgainAtTheNextStart) {
     sqlite3* holder = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_open((root.dir.path() + kDatabase).c_str(), &holder));
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &holder));
     ASSERT_EQ(SQLITE_OK, sqlite3_exec(holder, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr));
     LogCapture log;
     SxContextManager manager;  // waits out the busy timeout
@@ -115,10 +116,8 @@ TEST(ContextRecoveryTest, ALockHeldAtStartIsWaitedForAndTheNextStartTriesAgain) 
     sqlite3_close(holder);
     SxContext* context = manager.startContext();
     ASSERT_NE(nullptr, context);
-    EXPECT_EQ(5, context->getNumOfProfiles());
-    EXPECT_EQ(1u, log.count("VsaDatabaseProvider",
-                            root.dir.path() + kDatabase +
-                                    " is locked (database is locked); trying again later"));
+    EXPECT_EQ(3, context->getSelectedProfile()->getProfileId());  // neither set aside nor refilled
+    EXPECT_EQ(1u, log.count(kTag, path + " is locked (database is locked); trying again later"));
 }
 
 }  // namespace
