@@ -60,29 +60,26 @@ class ASavedDatabase : public ::testing::Test {
 TEST_F(ASavedDatabase, IsSetAsideWhenDamagedAndRebuiltWithTheSettingsItStillYields) {
     fs::copy_file(path, path + ".good");
     const struct {
+        const char* sql;  // a damage the user's settings can still be read through
         std::function<void()> damage;
         const char* reason;
-        bool readable;
     } cases[] = {
-            {[&] {
-                 exec(path, "DELETE FROM profile_endpoints WHERE custom_name='default' AND _id=1");
-             },
-             "a user row of profile_endpoints has no factory row", true},
-            {[&] {
-                 exec(path, "DROP TABLE device_tunings; CREATE TABLE device_tunings (_id INTEGER)");
-             },
-             "table device_tunings has other columns", true},
-            {[&] { fs::resize_file(path, fs::file_size(path) / 2); },
-             "database disk image is malformed", false},
-            {[&] { std::ofstream(path) << std::string(9000, '#'); }, "file is not a database",
-             false},
-            {[&] { fs::remove(path), fs::create_directory(path); }, "it is a directory", false},
+            {"DELETE FROM profile_endpoints WHERE custom_name='default' AND _id=1", nullptr,
+             "a user row of profile_endpoints has no factory row"},
+            {"DROP TABLE device_tunings; CREATE TABLE device_tunings (_id INTEGER)", nullptr,
+             "table device_tunings has other columns"},
+            {nullptr, [&] { fs::resize_file(path, fs::file_size(path) / 2); },
+             "database disk image is malformed"},
+            {nullptr, [&] { std::ofstream(path) << std::string(9000, '#'); },
+             "file is not a database"},
+            {nullptr, [&] { fs::remove(path), fs::create_directory(path); }, "it is a directory"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
         fs::remove_all(path);
         fs::copy_file(path + ".good", path);
-        c.damage();
+        c.sql ? exec(path, c.sql) : c.damage();
+        const bool readable = c.sql != nullptr;
         LogCapture log;
         SxContextManager manager;
         SxContext* context = manager.getSxContext();
@@ -95,12 +92,12 @@ TEST_F(ASavedDatabase, IsSetAsideWhenDamagedAndRebuiltWithTheSettingsItStillYiel
                                                ", rebuilding it from the tuning files with the "
                                                "user's settings that can be read"));
         // What could be read is carried over; the rest starts from the tuning file.
-        EXPECT_EQ(c.readable ? 3 : 0, context->getSelectedProfile()->getProfileId());
-        EXPECT_NE(c.readable, context->getAupOn());
-        EXPECT_EQ(c.readable,
+        EXPECT_EQ(readable ? 3 : 0, context->getSelectedProfile()->getProfileId());
+        EXPECT_NE(readable, context->getAupOn());
+        EXPECT_EQ(readable,
                   Values{12} == context->getProfileParameter(2, Endpoint::SPEAKER,
                                                              Parameter::DIALOG_ENHANCER_AMOUNT));
-        EXPECT_EQ(c.readable ? "bt_earbuds_b" : "default_bluetooth",
+        EXPECT_EQ(readable ? "bt_earbuds_b" : "default_bluetooth",
                   context->getSelectedTuningDevice(Port::BLUETOOTH));
     }
 }

@@ -83,6 +83,9 @@ TEST_F(AnObservedContext, NotifiesEachRealChangeOfTheSelectedProfileOnce) {
     context->setProfileParameter(2, Parameter::VOLUME_MODELER_ENABLE, on);
     set(3, Endpoint::HEADPHONE, Parameter::IEQ_AMOUNT, {7});  // not selected: stored silently
     EXPECT_EQ((Strings{"off", "profile 2", "profile-parameter"}), events());
+    EXPECT_TRUE(context->isProfileModified(3));
+    EXPECT_TRUE(context->isProfileSpecificSettingsModified(3));
+    EXPECT_FALSE(context->isProfileGeqModified(3));
     EXPECT_EQ(Values{7},
               context->getProfileParameter(3, Endpoint::HEADPHONE, Parameter::IEQ_AMOUNT));
 }
@@ -155,19 +158,6 @@ TEST_F(AnObservedContext, AnnouncesEveryPortOnAReloadThenTheStoredProfileAndSwit
 TEST_F(AnObservedContext, FallsBackToThePortNameForThePortsDefaultDevice) {
     EXPECT_EQ("default_hdmi", context->getDefaultTuningDevice(Port::HDMI));
     EXPECT_EQ("other", context->getDefaultTuningDevice(Port::OTHER));  // a port without devices
-}
-
-TEST_F(AnObservedContext, SavesAChangeOfAnUnselectedProfileForTheNextStart) {
-    set(4, Endpoint::OTHER, Parameter::DIALOG_ENHANCER_AMOUNT, {3});
-    EXPECT_TRUE(events().empty());
-    EXPECT_TRUE(context->isProfileModified(4));
-    EXPECT_TRUE(context->isProfileSpecificSettingsModified(4));
-    EXPECT_FALSE(context->isProfileGeqModified(4));
-    context->save();
-    SxContextManager again;
-    ASSERT_NE(nullptr, again.getSxContext());
-    EXPECT_EQ(Values{3}, again.getSxContext()->getProfileParameter(
-                                 4, Endpoint::OTHER, Parameter::DIALOG_ENHANCER_AMOUNT));
 }
 
 using AnObservedContextDeathTest = AnObservedContext;

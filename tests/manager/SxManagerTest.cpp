@@ -4,7 +4,6 @@
 
 #include "SampleRoot.h"
 #include "manager/SxManager.h"
-#include "platform/AupParamStore.h"
 #include "platform/LogCapture.h"
 
 namespace vessa {
@@ -20,17 +19,9 @@ const ::testing::Environment* const kEnvironment =
 
 class AStartedManager : public ::testing::Test {
   protected:
-    void SetUp() override {
-        AupParamStore::getInstance().reset();
-        ASSERT_EQ(0, manager.init());
-    }
+    void SetUp() override { ASSERT_EQ(0, manager.init()); }
     SxManager manager;
 };
-
-TEST_F(AStartedManager, SendsTheWholeStateToTheEffect) {
-    EXPECT_GT(AupParamStore::getInstance().storedParams(true).size(), 100u);
-    EXPECT_EQ(5, manager.getNumOfProfiles());
-}
 
 TEST_F(AStartedManager, ClampsEveryValueIntoItsRangeButTheVirtualizers) {
     Values gains(20, 0), clamped(20, 0);
