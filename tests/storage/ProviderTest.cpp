@@ -16,41 +16,38 @@ using test::Strings;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 constexpr const char* kTag = "VsaDatabaseProvider";
+const char* const kTuningNames[] = {"spk", "hp", "other"};  // by endpoint
 const Port kPorts[] = {Port::INTERNAL_SPEAKER, Port::HDMI,      Port::MIRACAST,
                        Port::HEADPHONE,        Port::BLUETOOTH, Port::USB};
 
 // A default tuning stored as the loader stores it: 3 profiles x 3 endpoints, 4 IEQ and
 // 3 GEQ presets, one tuning per endpoint kind, a default device per port and "sony".
-class ProviderTest : public ::testing::Test {
+class AStoredDefaultTuning : public ::testing::Test {
   protected:
     void SetUp() override {
-        for (int t = 0; t < 4; ++t) ieq.emplace_back(PresetType(t));
-        for (int id = 0; id < 3; ++id) {
-            geq.emplace_back(id);
-            profiles.emplace_back(id, "P" + std::to_string(id), id == 2);
-            for (int e = 0; e < 3; ++e) {
-                endpoints.emplace_back(id, Endpoint(e), PresetType((id + e) % 4));
-            }
-        }
-        for (const char* name : {"spk", "hp", "other"}) {
-            tunings.emplace_back(name, Endpoint(tunings.size()), tunings.empty());
-        }
-        int seed = 0;
-        auto fill = [&seed](auto& records) {
-            for (auto& record : records) test::fillAll(record, ++seed);
-        };
-        fill(ieq), fill(geq), fill(profiles), fill(endpoints), fill(tunings);
-
         provider.beginTransaction();
         provider.initDatabase();
-        for (auto& p : ieq) provider.create(&p);
-        for (auto& p : geq) provider.create(&p);
-        for (auto& p : profiles) provider.create(&p);
-        for (auto& p : endpoints) provider.create(&p);
-        for (auto& t : tunings) provider.create(&t, Provider::kDefaultName);
+        int seed = 0;
+        auto add = [&seed](auto& records, auto... args) {
+            records.emplace_back(args...);
+            test::fillAll(records.back(), ++seed);
+            return &records.back();
+        };
+        for (int t = 0; t < 4; ++t) provider.create(add(ieq, PresetType(t)));
+        for (int id = 0; id < 3; ++id) {
+            provider.create(add(geq, id));
+            provider.create(add(profiles, id, "P" + std::to_string(id), id == 2));
+            for (int e = 0; e < 3; ++e) {
+                provider.create(add(endpoints, id, Endpoint(e), PresetType((id + e) % 4)));
+            }
+        }
+        for (int e = 0; e < 3; ++e) {
+            provider.create(add(tunings, kTuningNames[e], Endpoint(e), e == 0),
+                            Provider::kDefaultName);
+        }
         for (Port port : kPorts) {
             const std::string name = portName(port), device = "default_" + name;
-            DeviceTuning record(device, name, tunings[int(endpointForPortName(name))].getName());
+            DeviceTuning record(device, name, kTuningNames[int(endpointForPortName(name))]);
             provider.create(&record, Provider::kDefaultName);
             provider.setDeviceTuning(name, device);
         }
@@ -64,6 +61,20 @@ class ProviderTest : public ::testing::Test {
         ASSERT_EQ(provider.init(), 0);
     }
 
+    // Changes the user copies of profile 1's records and saves them.
+    void saveChangesToProfileOne() {
+        profile = provider.loadProfile(1);
+        profile->setName("Mine");
+        profile->set(Parameter::REVERB_SUPPRESSION_AMOUNT, {99});
+        speaker = provider.loadProfileEndpoint(1, Endpoint::SPEAKER);
+        speaker->setSelectedIeqPreset(PresetType::WARM);
+        geqPreset = provider.loadGeqPreset(1);
+        geqPreset->set(Parameter::GEQ_GAIN, {0, 0});
+        provider.save(profile);
+        provider.save(speaker);
+        provider.save(geqPreset);
+    }
+
     test::ScopedRoot root;
     Provider provider;
     std::vector<IeqPreset> ieq;
@@ -71,16 +82,12 @@ class ProviderTest : public ::testing::Test {
     std::vector<Profile> profiles;
     std::vector<ProfileEndpoint> endpoints;  // [profile * 3 + endpoint]
     std::vector<Tuning> tunings;             // [endpoint]
+    Profile* profile = nullptr;
+    ProfileEndpoint* speaker = nullptr;
+    GeqPreset* geqPreset = nullptr;
 };
 
-TEST_F(ProviderTest, CreateStoresAFactoryAndAUserCopyAndLoadsBoth) {
-    EXPECT_EQ(
-            root.sql("SELECT COUNT(*) FROM ieq_presets UNION ALL SELECT COUNT(*) FROM "
-                     "geq_presets UNION ALL SELECT COUNT(*) FROM profile_endpoints UNION ALL "
-                     "SELECT COUNT(*) FROM tunings UNION ALL SELECT COUNT(*) FROM device_tunings"),
-            (Strings{"4", "6", "18", "3", "7"}));
-    EXPECT_EQ(root.sql("SELECT _id || custom_name FROM profiles WHERE profile_id='2'"),
-              (Strings{"5default", "6custom"}));
+TEST_F(AStoredDefaultTuning, LoadsBothCopiesAsSeparateEqualRecords) {
     ASSERT_EQ(provider.getNumOfProfiles(), 3);
     for (int id = 0; id < 3; ++id) {
         SCOPED_TRACE(id);
@@ -106,52 +113,35 @@ TEST_F(ProviderTest, CreateStoresAFactoryAndAUserCopyAndLoadsBoth) {
     EXPECT_EQ(provider.loadProfile(3), nullptr);
 }
 
-// A new default tuning starts at profile 0 with processing on; changes persist.
-TEST_F(ProviderTest, SaveWritesTheUserCopyAndResetRestoresTheFactoryCopy) {
-    EXPECT_EQ(provider.getSelectedProfile(), 0);
-    EXPECT_TRUE(provider.isAupOn());
-    EXPECT_EQ(provider.getDefaultXmlSignature() + provider.getDefaultXmlFormatVersion(),
-              "17000000003.2.1");
+TEST_F(AStoredDefaultTuning, KeepsSavedChangesForTheNextProvider) {
     provider.setAupOn(false);
     provider.setSelectedProfile(2);
     provider.updateDeviceTuning("bluetooth", "sony");
-    Profile* profile = provider.loadProfile(1);
-    profile->setName("Mine");
-    profile->set(Parameter::REVERB_SUPPRESSION_AMOUNT, {99});
-    ProfileEndpoint* speaker = provider.loadProfileEndpoint(1, Endpoint::SPEAKER);
-    speaker->setSelectedIeqPreset(PresetType::WARM);
-    GeqPreset* geqPreset = provider.loadGeqPreset(1);
-    geqPreset->set(Parameter::GEQ_GAIN, {0, 0});
-    provider.save(profile);
-    provider.save(speaker);
-    provider.save(geqPreset);
-    EXPECT_EQ(root.sql("SELECT custom_name || name FROM profiles WHERE profile_id='1'"),
-              (Strings{"defaultP1", "customMine"}));
-    {
-        Provider reopened;
-        ASSERT_EQ(reopened.init(), 0);
-        EXPECT_TRUE(reopened.loadProfile(1)->equals(*profile));
-        EXPECT_FALSE(reopened.loadDefaultProfile(1)->equals(*profile));
-        EXPECT_EQ(reopened.loadProfileEndpoint(1, Endpoint::SPEAKER)->getSelectedIeqPreset(),
-                  PresetType::WARM);
-        EXPECT_TRUE(reopened.loadGeqPreset(1)->equals(*geqPreset));
-        EXPECT_FALSE(reopened.isAupOn());
-        EXPECT_EQ(reopened.getSelectedProfile(), 2);
-        EXPECT_EQ(reopened.getDeviceTuning("bluetooth") + reopened.getDeviceTuning("usb"),
-                  "sonydefault_usb");
-    }
+    saveChangesToProfileOne();
+    Provider reopened;
+    ASSERT_EQ(reopened.init(), 0);
+    EXPECT_TRUE(reopened.loadProfile(1)->equals(*profile));
+    EXPECT_FALSE(reopened.loadDefaultProfile(1)->equals(*profile));
+    EXPECT_EQ(reopened.loadProfileEndpoint(1, Endpoint::SPEAKER)->getSelectedIeqPreset(),
+              PresetType::WARM);
+    EXPECT_TRUE(reopened.loadGeqPreset(1)->equals(*geqPreset));
+    EXPECT_FALSE(reopened.isAupOn());
+    EXPECT_EQ(reopened.getSelectedProfile(), 2);
+    EXPECT_EQ(reopened.getDeviceTuning("bluetooth") + reopened.getDeviceTuning("usb"),
+              "sonydefault_usb");
+}
+
+TEST_F(AStoredDefaultTuning, ResetsARecordInPlaceToItsFactoryCopyWithoutSaving) {
+    saveChangesToProfileOne();
     EXPECT_EQ(provider.reset(profile), profile);
     EXPECT_TRUE(profile->equals(profiles[1]));
     EXPECT_EQ(profile->getName(), "P1");
     EXPECT_EQ(provider.reset(speaker)->getSelectedIeqPreset(), PresetType::DETAILED);
     EXPECT_TRUE(provider.reset(geqPreset)->equals(geq[1]));
-    EXPECT_EQ(root.sql("SELECT name FROM profiles WHERE profile_id='1'"), (Strings{"P1", "Mine"}))
-            << "a reset is not a save";
-    provider.create(static_cast<Profile*>(nullptr));
-    EXPECT_EQ(root.sql("SELECT COUNT(*) FROM profiles"), Strings{"6"});
+    EXPECT_EQ(root.sql("SELECT name FROM profiles WHERE profile_id='1'"), (Strings{"P1", "Mine"}));
 }
 
-TEST_F(ProviderTest, DevicesNamingOneTuningShareIt) {
+TEST_F(AStoredDefaultTuning, SharesOneTuningAmongTheDevicesNamingIt) {
     for (Port port : kPorts) provider.loadDeviceTuningsForPort(port);
     LogCapture log;
     Tuning* hp = provider.loadTuningForDevice("default_headphone");
@@ -166,8 +156,11 @@ TEST_F(ProviderTest, DevicesNamingOneTuningShareIt) {
     EXPECT_EQ(provider.loadTuningForDevice("default_usb"), hp);
     EXPECT_EQ(log.count(kTag, "Found existing tuning[hp] from cache device[sony]"), 1u);
     EXPECT_TRUE(provider.loadTuningForDevice("default_internal_speaker")->isMono());
+}
 
-    log.clear();
+TEST_F(AStoredDefaultTuning, FindsNoTuningForAnUnknownDeviceAndWarnsOnce) {
+    for (Port port : kPorts) provider.loadDeviceTuningsForPort(port);
+    LogCapture log;
     EXPECT_EQ(provider.loadTuningForDevice("nobody"), nullptr);
     EXPECT_TRUE(log.contains(ANDROID_LOG_WARN, kTag,
                              "Cannot find device with name nobody in mDeviceTunings"));
