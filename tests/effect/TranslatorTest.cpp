@@ -1,130 +1,128 @@
-#include <gtest/gtest.h>
-
+#include <memory>
+#include <tuple>
 #include <utility>
-#include <vector>
 
 #include "EffectTestUtil.h"
 #include "effect/AudioOptimizerTranslator.h"
 #include "effect/AudioRegulatorTranslator.h"
-#include "effect/BassMbdrcTranslator.h"
 #include "effect/ComplexEqualizerTranslator.h"
 #include "effect/DeAmountTranslator.h"
 #include "effect/IeqTranslator.h"
 #include "effect/OutputModeTranslator.h"
-#include "effect/SimpleTranslator.h"
 #include "effect/VirtualBassEnableTranslator.h"
 #include "effect/VirtualBassTranslator.h"
-#include "model/DeviceParameters.h"
 
-namespace vessa {
+namespace vessa::test {
 namespace {
 
-using test::put;
-using P = AupParameter;
-using Values = std::vector<std::pair<int, std::vector<int>>>;
+using Sources = std::vector<std::pair<P, V>>;
 
-// Every source a case does not set. Each channel has its own values so that a
-// swapped or missing channel shows, and no list is 2 or 4 long so that a
-// length cannot pass for a channel count. By line: optimizer gains in the order
-// left, right, left surround, right surround; the complex EQ likewise; the
-// regulator; sibilance suppression; output mode and virtual-bass type.
-// clang-format off
-const Values kBase = {
-        {1, {100, 200, 300}}, {2, {1, 2, 3}}, {4, {21, 22, 23}}, {3, {11, 12, 13}}, {5, {31, 32, 33}},
-        {15, {1}}, {16, {41, 42, 43}}, {18, {47, 48, 49}}, {17, {44, 45, 46}}, {19, {50, 51, 52}},
-        {59, {7}}, {50, {1000, 2000, 3000}}, {61, {-20, -21, -22}}, {60, {-10, -11, -12}}, {51, {0, 1, 0}},
-        {57, {1}}, {53, {51, 52, 53}}, {55, {57, 58, 59}}, {54, {54, 55, 56}}, {56, {60, 61, 62}},
-        {83, {1}}, {44, {0}}, {46, {1, 0, 0, 1}}, {82, {2}},
-};
-// clang-format on
-
-struct Case {
-    const Translator& translator;
-    Values sources;  // set over kBase
-    std::vector<test::Entry> expected;
-    Values after = {};  // source values expected once the translator has run
-    Endpoint endpoint = Endpoint::SPEAKER;
-    bool mono = false;
-};
-
-TEST(TranslatorTest, EachTranslatorBuildsItsEntriesWordForWord) {
-    const SimpleTranslator dvle(P::DVLE, toParameter(91));
-    const DeAmountTranslator dea;
-    const VirtualBassEnableTranslator vbe;
-    const IeqTranslator ieq;
-    const BassMbdrcTranslator mbdrc;
-    const AudioOptimizerTranslator aobs;
-    const ComplexEqualizerTranslator ceq;
-    const AudioRegulatorTranslator regulator;
-    const OutputModeTranslator dom;
-    const VirtualBassTranslator vb;
-    const std::vector<int> arbs = {3, 1000, 2000, 3000, -20, -21, -22, -10, -11, -12, 0, 1, 0};
-    const std::vector<Case> cases = {
-            {dvle, {{91, {1, 2}}}, {{P::DVLE, {1, 2}}}},
-            // The amount is clamped at 12 from above only, and in the batch only.
-            {dea, {{21, {16}}}, {{P::DEA, {12}}}, {{21, {16}}}},
-            {dea, {{21, {13}}}, {{P::DEA, {12}}}},
-            {dea, {{21, {12}}}, {{P::DEA, {12}}}},
-            {dea, {{21, {-40}}}, {{P::DEA, {-40}}}},
-            {dea, {{21, {20, 30}}}, {{P::DEA, {12, 30}}}},
-            {dea, {}, {{P::DEA, {}}}},
-            {vbe, {{69, {5}}}, {{P::VBM, {3}}, {P::VBON, {2}}}},
-            {vbe, {{69, {0}}}, {{P::VBM, {0}}, {P::VBON, {2}}}},
-            {vbe, {}, {{P::VBM, {0}}, {P::VBON, {2}}}},
-            {ieq,
-             {{36, {60, 600, 6000}}, {38, {7, 8, 9}}},
-             {{P::IEBS, {3, 60, 600, 6000, 7, 8, 9}}}},
-            {mbdrc, {{12, {1}}, {13, {9, 8}}}, {{P::BMDT, {9, 8}}}},
-            {mbdrc, {{12, {0}}, {13, {9, 8}}}, {}},
-            {mbdrc, {{13, {9, 8}}}, {}},
-            // Band count before channel count here; channel count first in CEQT and RSSA.
-            {aobs, {{45, {2}}}, {{P::AOBS, {3, 2, 100, 200, 300, 1, 2, 3, 21, 22, 23}}}},
-            {aobs,
-             {{45, {4}}},
-             {{P::AOBS, {3, 4, 100, 200, 300, 1, 2, 3, 21, 22, 23, 11, 12, 13, 31, 32, 33}}}},
-            {aobs, {{45, {6}}}, {}},
-            {ceq, {{45, {2}}}, {{P::CEQT, {2, 3, 41, 42, 43, 47, 48, 49}}}},
-            {ceq, {{45, {4}}}, {{P::CEQT, {4, 3, 41, 42, 43, 47, 48, 49, 44, 45, 46, 50, 51, 52}}}},
-            {ceq, {{45, {2}}, {15, {2}}}, {}},
-            {regulator,
-             {{45, {2}}},
-             {{P::ARSA, {2, 7}}, {P::ARBS, arbs}, {P::RSSA, {2, 3, 51, 52, 53, 57, 58, 59}}}},
-            {regulator,
-             {{45, {4}}},
-             {{P::ARSA, {4, 7}},
-              {P::ARBS, arbs},
-              {P::RSSA, {4, 3, 51, 52, 53, 57, 58, 59, 54, 55, 56, 60, 61, 62}}}},
-            {regulator, {{45, {2}}, {57, {0}}}, {{P::ARSA, {2, 7}}, {P::ARBS, arbs}}},
-            {regulator, {{45, {2}}, {57, {2}}}, {{P::ARSA, {2, 7}}, {P::ARBS, arbs}}},
-            {regulator, {{45, {6, 9}}}, {{P::ARSA, {6, 9, 7}}, {P::ARBS, arbs}}},
-            {dom, {}, {{P::DOM, {1, 1, 0}}}, {}, Endpoint::HEADPHONE, true},
-            {dom, {}, {{P::DOM, {1, 2, 0}}}, {}, Endpoint::OTHER},
-            {dom, {}, {{P::DOM, {1, 0, 0, 1, 0, 0, 1}}}, {{83, {1}}, {44, {0}}}},
-            // A mono speaker never virtualises and uses orientation 1, in the view too.
-            {dom,
-             {},
-             {{P::DOM, {0, 0, 1, 1, 0, 0, 1}}},
-             {{83, {0}}, {44, {1}}, {46, {1, 0, 0, 1}}},
-             Endpoint::SPEAKER,
-             true},
-            {vb,
-             {{80, {40}}, {79, {120}}, {74, {80}}, {73, {240}}},
-             {{P::VBSF, {40, 120}}, {P::VBMF, {80, 240}}}},
-    };
-    for (size_t i = 0; i < cases.size(); ++i) {
-        const Case& c = cases[i];
-        DeviceParameters view(nullptr);
-        for (const auto& [p, values] : kBase) put(view, p, values);
-        for (const auto& [p, values] : c.sources) put(view, p, values);
-        SetParamCommand cmd(test::kDevice);
-        cmd.setDeviceId(test::kDevice);
-        c.translator.aupTranslate(cmd, view, c.endpoint, c.mono);
-        EXPECT_EQ(test::batchWords(test::kDevice, c.expected), cmd.buffer()) << "case " << i;
-        for (const auto& [p, values] : c.after) {
-            EXPECT_EQ(values, view.valuesOf(toParameter(p))) << "case " << i << ", " << p;
+class ATranslator : public ::testing::Test {
+  protected:
+    // The translator's entries over a fresh view in which every parameter p
+    // holds {10p+1, 10p+2, 10p+3} unless `sources` sets it. Every list differs,
+    // so a swapped or missing source shows, and none is 2 or 4 long, so that a
+    // length cannot pass for a channel count.
+    V translate(const Translator& t, const Sources& sources = {},
+                Endpoint endpoint = Endpoint::SPEAKER, bool mono = false) {
+        mView = std::make_unique<DeviceParameters>(nullptr);
+        for (P p : DeviceParameters::kValidParams) {
+            mView->set(p, {10 * toInt(p) + 1, 10 * toInt(p) + 2, 10 * toInt(p) + 3});
         }
+        for (const auto& [p, values] : sources) mView->set(p, values);
+        SetParamCommand cmd(kDevice);
+        cmd.setDeviceId(kDevice);
+        t.aupTranslate(cmd, *mView, endpoint, mono);
+        return cmd.buffer();
+    }
+    static V batch(const std::vector<Entry>& entries) { return batchWords(kDevice, entries); }
+
+    std::unique_ptr<DeviceParameters> mView;
+};
+
+TEST_F(ATranslator, ClampsTheDialogEnhancerAmountAtTwelveFromAboveInTheBatchOnly) {
+    const std::pair<V, V> cases[] = {
+            {{13}, {12}}, {{12}, {12}}, {{-40}, {-40}}, {{20, 30}, {12, 30}}, {{}, {}}};
+    for (const auto& [amount, sent] : cases) {
+        EXPECT_EQ(batch({{A::DEA, sent}}),
+                  translate(DeAmountTranslator(), {{P::DIALOG_ENHANCER_AMOUNT, amount}}));
+        EXPECT_EQ(amount, mView->valuesOf(P::DIALOG_ENHANCER_AMOUNT));
     }
 }
 
+TEST_F(ATranslator, RunsVirtualBassInModeThreeWhenEnabledAndSendsItsType) {
+    for (const auto& [enable, mode] : std::vector<std::pair<V, int>>{{{5}, 3}, {{0}, 0}, {{}, 0}}) {
+        EXPECT_EQ(batch({{A::VBM, {mode}}, {A::VBON, {821, 822, 823}}}),
+                  translate(VirtualBassEnableTranslator(), {{P::VIRTUAL_BASS_ENABLE, enable}}));
+    }
+}
+
+TEST_F(ATranslator, SendsTheIeqBandCountThenFrequenciesThenTargets) {
+    EXPECT_EQ(batch({{A::IEBS, {3, 361, 362, 363, 381, 382, 383}}}), translate(IeqTranslator()));
+}
+
+// The band count comes before the channel count here, after it in CEQT and RSSA.
+TEST_F(ATranslator, SendsTheOptimizerBandsForTwoOrFourChannelsOnly) {
+    const AudioOptimizerTranslator aobs;
+    EXPECT_EQ(batch({{A::AOBS, {3, 2, 11, 12, 13, 21, 22, 23, 41, 42, 43}}}),
+              translate(aobs, {{P::OUTPUT_CHANNELS, {2}}}));
+    EXPECT_EQ(
+            batch({{A::AOBS, {3, 4, 11, 12, 13, 21, 22, 23, 41, 42, 43, 31, 32, 33, 51, 52, 53}}}),
+            translate(aobs, {{P::OUTPUT_CHANNELS, {4}}}));
+    EXPECT_EQ(batch({}), translate(aobs, {{P::OUTPUT_CHANNELS, {6}}}));
+}
+
+TEST_F(ATranslator, SendsTheComplexEqualizerForTwoOrFourChannelsWhenEnabled) {
+    const ComplexEqualizerTranslator ceq;
+    const V two = {2, 3, 161, 162, 163, 181, 182, 183};
+    const V four = {4, 3, 161, 162, 163, 181, 182, 183, 171, 172, 173, 191, 192, 193};
+    EXPECT_EQ(batch({{A::CEQT, two}}),
+              translate(ceq, {{P::OUTPUT_CHANNELS, {2}}, {P::COMPLEX_EQUALIZER_ENABLE, {1}}}));
+    EXPECT_EQ(batch({{A::CEQT, four}}),
+              translate(ceq, {{P::OUTPUT_CHANNELS, {4}}, {P::COMPLEX_EQUALIZER_ENABLE, {1}}}));
+    EXPECT_EQ(batch({}),
+              translate(ceq, {{P::OUTPUT_CHANNELS, {2}}, {P::COMPLEX_EQUALIZER_ENABLE, {2}}}));
+}
+
+// The channel list goes into ARSA whole, whatever its length.
+TEST_F(ATranslator, SendsTheRegulatorTablesAndTheSibilanceTableOnlyWhenItIsOn) {
+    const AudioRegulatorTranslator regulator;
+    const Entry arbs = {A::ARBS, {3, 501, 502, 503, 611, 612, 613, 601, 602, 603, 511, 512, 513}};
+    const V two = {2, 3, 531, 532, 533, 551, 552, 553};
+    const V four = {4, 3, 531, 532, 533, 551, 552, 553, 541, 542, 543, 561, 562, 563};
+    for (const auto& [channels, sibilance, rssa] : std::vector<std::tuple<V, int, V>>{
+                 {{2}, 1, two}, {{4}, 1, four}, {{2}, 0, {}}, {{2}, 2, {}}, {{6, 9}, 1, {}}}) {
+        V arsa = channels;
+        arsa.insert(arsa.end(), {591, 592, 593});
+        std::vector<Entry> expected = {{A::ARSA, arsa}, arbs};
+        if (!rssa.empty()) expected.push_back({A::RSSA, rssa});
+        EXPECT_EQ(batch(expected),
+                  translate(regulator, {{P::OUTPUT_CHANNELS, channels},
+                                        {P::REGULATOR_SIBILANCE_SUPPRESS_ENABLE, {sibilance}}}));
+    }
+}
+
+TEST_F(ATranslator, SendsTheOutputModeWithTheEndpointAndTheMixMatrixOfASpeaker) {
+    const OutputModeTranslator dom;
+    EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 1, 441, 442, 443}}}),
+              translate(dom, {}, Endpoint::HEADPHONE, true));
+    EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 2, 441, 442, 443}}}),
+              translate(dom, {}, Endpoint::OTHER));
+    EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 0, 441, 442, 443, 461, 462, 463}}}), translate(dom));
+}
+
+TEST_F(ATranslator, NeverVirtualisesAMonoSpeakerAndSetsItsViewToOrientationOne) {
+    EXPECT_EQ(batch({{A::DOM, {0, 0, 1, 461, 462, 463}}}),
+              translate(OutputModeTranslator(), {}, Endpoint::SPEAKER, true));
+    EXPECT_EQ(V{0}, mView->valuesOf(P::VIRTUALIZER_ENABLE));
+    EXPECT_EQ(V{1}, mView->valuesOf(P::ORIENTATION));
+}
+
+TEST_F(ATranslator, SendsTheVirtualBassSourceAndMixFrequenciesLowThenHigh) {
+    EXPECT_EQ(batch({{A::VBSF, {801, 802, 803, 791, 792, 793}},
+                     {A::VBMF, {741, 742, 743, 731, 732, 733}}}),
+              translate(VirtualBassTranslator()));
+}
+
 }  // namespace
-}  // namespace vessa
+}  // namespace vessa::test

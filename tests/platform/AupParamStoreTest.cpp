@@ -11,48 +11,50 @@ namespace vessa {
 namespace {
 
 using Caches = std::vector<AupParamCache>;
+const char* const kTag = "AupParamStore";
 
-class AupParamStoreTest : public ::testing::Test {
+class TheParamStore : public ::testing::Test {
   protected:
     void SetUp() override { mStore.reset(); }
     int set(uint32_t device, int32_t id, std::vector<int32_t> values) {
         return mStore.setParam(device, id, values.data(), static_cast<int>(values.size()));
     }
+    // Two writes, the later one of a smaller device.
+    void writeTwo() {
+        ASSERT_EQ(0, set(0x8, 20, {1, 2}));
+        ASSERT_EQ(0, set(0x2, 30, {3}));
+    }
     AupParamStore& mStore = AupParamStore::getInstance();
 };
 
-TEST_F(AupParamStoreTest, ValuesBecomeVisibleOnlyAtCommit) {
-    int32_t value = 1;
-    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, nullptr, 2));
-    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, &value, -1));
-    ASSERT_EQ(0, set(0x8, 20, {1, 2}));
-    ASSERT_EQ(0, set(0x2, 30, {3}));
+TEST_F(TheParamStore, KeepsWritesPendingUntilACommitPublishesThemAll) {
+    writeTwo();
     EXPECT_TRUE(mStore.storedParams(true).empty());
-    EXPECT_EQ((Caches{{0x2, 30, {3}}, {0x8, 20, {1, 2}}}), mStore.storedParams(false));
-
+    const Caches sorted = {{0x2, 30, {3}}, {0x8, 20, {1, 2}}};
+    EXPECT_EQ(sorted, mStore.storedParams(false));
     EXPECT_EQ(0, mStore.commitChange());
-    const Caches first = {{0x2, 30, {3}}, {0x8, 20, {1, 2}}};
-    EXPECT_EQ(first, mStore.storedParams(true));
+    EXPECT_EQ(sorted, mStore.storedParams(true));
     EXPECT_TRUE(mStore.storedParams(false).empty());
-    EXPECT_EQ((Caches{{0x8, 20, {1, 2}}, {0x2, 30, {3}}}), mStore.lastCommit());  // write order
+}
 
-    // A second batch: the last write of a pair wins, untouched pairs stay.
+// The last commit lists its pairs in the order of their first write.
+TEST_F(TheParamStore, KeepsTheLastWriteOfAPairAndEveryPairNotWrittenAgain) {
+    writeTwo();
+    mStore.commitChange();
     set(0x8, 20, {9});
     set(0x8, 20, {});
     set(0x2, 31, {4});
-    EXPECT_EQ(first, mStore.storedParams(true));
     mStore.commitChange();
     EXPECT_EQ((Caches{{0x2, 30, {3}}, {0x2, 31, {4}}, {0x8, 20, {}}}), mStore.storedParams(true));
     EXPECT_EQ((Caches{{0x8, 20, {}}, {0x2, 31, {4}}}), mStore.lastCommit());
 }
 
-TEST_F(AupParamStoreTest, GetStoredParamsKeysByRankInUnsignedDeviceThenIdOrder) {
+TEST_F(TheParamStore, KeysAListingByRankInUnsignedDeviceThenIdOrder) {
     set(0xFFFFFFFF, 1, {1});
     set(0x2, static_cast<int32_t>(0x80000000), {2, 3});
     set(0x2, 5, {4});
     mStore.commitChange();
     set(0x2, 5, {6});  // pending: not listed
-
     android::KeyedVector<uint32_t, AupParamCache*> committed;
     int count = -1;
     ASSERT_EQ(0, mStore.getStoredParams(&committed, true, &count));
@@ -70,7 +72,7 @@ TEST_F(AupParamStoreTest, GetStoredParamsKeysByRankInUnsignedDeviceThenIdOrder) 
     EXPECT_TRUE(committed.isEmpty());
 }
 
-TEST_F(AupParamStoreTest, ConcurrentWritersAndCommitsLoseNothing) {
+TEST_F(TheParamStore, LosesNothingToConcurrentWritersAndCommits) {
     constexpr int kThreads = 4;
     constexpr int kWrites = 500;
     std::vector<std::thread> threads;
@@ -88,26 +90,35 @@ TEST_F(AupParamStoreTest, ConcurrentWritersAndCommitsLoseNothing) {
     // Each pair holds its thread's last write for that id.
     Caches expected;
     for (int t = 0; t < kThreads; ++t) {
-        for (int id = 0; id < 10; ++id)
+        for (int id = 0; id < 10; ++id) {
             expected.push_back({uint32_t(t), uint32_t(id), {t, kWrites - 10 + id}});
+        }
     }
     EXPECT_EQ(expected, mStore.storedParams(true));
     EXPECT_EQ(static_cast<uint64_t>(kThreads * (kWrites / 50) + 1), mStore.getCommitCount());
 }
 
-TEST_F(AupParamStoreTest, DirectWritersFillAllButTheRoomKeptForBatches) {
+TEST_F(TheParamStore, RefusesNullValuesANegativeCountAndMoreValuesThanItsLimit) {
     LogCapture log;
+    int32_t value = 1;
+    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, nullptr, 2));
+    EXPECT_EQ(-EINVAL, mStore.setParam(0x2, 1, &value, -1));
     std::vector<int32_t> many(AupParamStore::kMaxValues + 1, 7);
     EXPECT_EQ(-E2BIG, mStore.setParam(0x2, 1, many.data(), static_cast<int>(many.size())));
     EXPECT_EQ(0, mStore.setParam(0x2, 1, many.data(), AupParamStore::kMaxValues));
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag,
+                             "setParam(0x2, 0x1): 1025 values refused, the limit is 1024"));
+    EXPECT_EQ(1u, mStore.storedParams(false).size());
+}
+
+TEST_F(TheParamStore, KeepsRoomForBatchesWhenDirectWritersFillIt) {
+    LogCapture log;
     const size_t direct = AupParamStore::kMaxEntries - AupParamStore::kReservedForBatches;
-    for (size_t id = 2; id <= direct; ++id) ASSERT_EQ(0, set(0x8, static_cast<int32_t>(id), {1}));
+    for (size_t id = 1; id <= direct; ++id) ASSERT_EQ(0, set(0x8, static_cast<int32_t>(id), {1}));
     EXPECT_EQ(-ENOSPC, set(0x8, 0, {1}));
-    EXPECT_EQ(0, set(0x8, 2, {5}));  // a known entry may still change
-    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "AupParamStore",
+    EXPECT_EQ(0, set(0x8, 2, {5})) << "a known entry may still change";
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, kTag,
                              "setParam(0x8, 0x0): refused, the store is full (1024 entries)"));
-    EXPECT_TRUE(log.contains("AupParamStore", "setParam(0x2, 0x1): 1025 values refused, the "
-                                              "limit is 1024"));
     {
         AupParamStore::Batch batch(mStore);
         for (size_t id = 0; id < AupParamStore::kReservedForBatches; ++id) {

@@ -13,7 +13,7 @@ bool valid(std::vector<int32_t> words, int extraBytes = 0) {
     return EffectParamParser(words.data(), int(words.size() * 4) + extraBytes).validate();
 }
 
-TEST(EffectParamParserTest, ReadsEveryEntryInOrder) {
+TEST(TheBatchParser, ReadsEveryEntryInOrderOnceValidated) {
     std::vector<int32_t> words = {0x4, 2, -1, 0x656C7664, 2, 7, -8, 0x8, 0x6E6F6567, 0};
     EffectParamParser parser(words.data(), int(words.size() * 4));
     EXPECT_FALSE(parser.next());  // not validated yet
@@ -28,7 +28,7 @@ TEST(EffectParamParserTest, ReadsEveryEntryInOrder) {
               read);
 }
 
-TEST(EffectParamParserTest, AcceptsOnlyTheExactBatchShape) {
+TEST(TheBatchParser, AcceptsOnlyTheExactBatchShape) {
     EXPECT_TRUE(valid({5, 0}));  // a batch without entries is well-formed
     EXPECT_TRUE(valid({5, 1, 2, 3, 1, 9}));
 

@@ -7,7 +7,7 @@
 namespace vessa {
 namespace {
 
-TEST(FileSystemRootTest, ResolvesUnderTheRootWithoutDoublingSlashes) {
+TEST(TheFileSystemRoot, ResolvesPathsUnderItWithoutDoublingSlashes) {
     const std::string previous = FileSystemRoot::get();
     const std::string path = "/data/vendor/vessa/vessa.db";
     FileSystemRoot::set("/");

@@ -10,16 +10,20 @@
 namespace vessa {
 namespace {
 
-TEST(LogRepeatsTest, RepeatsInAWindowAreCountedAndSummarisedOnce) {
+TEST(ALogRepeats, AdmitsAFailureAgainOnceItsWindowIsOver) {
     LogCapture log;
     {
         LogRepeats repeats("Tag", ANDROID_LOG_WARN, std::chrono::milliseconds(1));
         EXPECT_TRUE(repeats.admit("send failed"));
         EXPECT_TRUE(repeats.admit("store full"));  // another failure, its own count
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        EXPECT_TRUE(repeats.admit("send failed"));  // the window is over: nothing to sum up
-        EXPECT_TRUE(log.lines().empty());
+        EXPECT_TRUE(repeats.admit("send failed"));
     }
+    EXPECT_TRUE(log.lines().empty()) << "nothing was held back, so nothing to sum up";
+}
+
+TEST(ALogRepeats, SumsUpWhatItHeldBackWhenDestroyed) {
+    LogCapture log;
     {
         LogRepeats repeats("Tag", ANDROID_LOG_WARN);
         EXPECT_TRUE(repeats.admit("send failed"));
@@ -27,7 +31,7 @@ TEST(LogRepeatsTest, RepeatsInAWindowAreCountedAndSummarisedOnce) {
         EXPECT_TRUE(repeats.admit("store full"));
         EXPECT_FALSE(repeats.admit("store full"));
         EXPECT_TRUE(log.lines().empty());
-    }  // the end of the object sums up what it still counts
+    }
     ASSERT_EQ(2u, log.lines().size());
     EXPECT_TRUE(log.contains(ANDROID_LOG_WARN, "Tag", "send failed: 3 more times in the last 1 s"));
     EXPECT_TRUE(log.contains(ANDROID_LOG_WARN, "Tag", "store full: 1 more times in the last 1 s"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <android/log.h>
 #include <gtest/gtest.h>
 #include <libxml/xmlerror.h>
 
@@ -7,21 +8,20 @@
 #include <vector>
 
 #include "TempDir.h"
-#include "model/ParameterValues.h"
 #include "platform/LogCapture.h"
+#include "tuning/SetterCollection.h"
 #include "tuning/TagIterator.h"
+#include "tuning/TuningFileParser.h"
 
 namespace vessa::test {
 
+using P = Parameter;
 using V = std::vector<int>;
 
 // The record's values of one parameter; {-999} when it holds none.
 inline V at(const ParameterValues* record, Parameter p) {
     auto it = record->values().find(p);
     return it == record->values().end() ? V{-999} : it->second;
-}
-inline V at(const ParameterValues* record, int p) {
-    return at(record, toParameter(p));
 }
 
 // Base of the tuning tests: captures the log, keeps libxml2's own reports of
@@ -39,13 +39,6 @@ class TuningTest : public ::testing::Test {
     // A document whose root holds `body`, one element per line as tuning files are.
     std::string writeDocument(const std::string& body) {
         return writeFile("<root>\n" + body + "\n</root>\n");
-    }
-
-    // Opens a document holding `body` and stands on its first element.
-    void openAtFirstElement(TagIterator& it, const std::string& body) {
-        ASSERT_EQ(0, it.init(writeDocument(body)));
-        it.next();
-        ASSERT_TRUE(it.isElementNode());
     }
 
     LogCapture mLog;

@@ -1,84 +1,87 @@
-#include <android/log.h>
-#include <gtest/gtest.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 #include "TuningTestSupport.h"
-#include "model/Tuning.h"
-#include "tuning/SetterCollection.h"
-#include "tuning/TagIterator.h"
 
-namespace vessa {
+namespace vessa::test {
 namespace {
 
-using test::V;
 using Values = std::map<int, V>;
-using ValueSetterTest = test::TuningTest;
 
 // Each case is one element and every value its setter stores, by parameter number.
-TEST_F(ValueSetterTest, EachShapeFillsItsParametersInTheFormatsOrder) {
-    const std::pair<std::string, Values> cases[] = {
-            {"<ieq-enable value=\"true\"/>", {{35, {1}}}},
-            {"<ieq-amount value=\"True\"/>", {{34, {0}}}},
-            {"<peak-value x=\"9\" value=\" -3\"/>", {{47, {-3}}}},
-            {"<virtualizer-enable/>", {{83, {0}}}},
-            {"<regulator-stress-amount v=\"26,16 9\" w=\"1\"/>", {{59, {26, 16, 9}}}},
-            {"<virtual-bass-harmgains/>", {{70, {}}}},
-            {"<drc-metadata/>", {{20, {0}}}},  // DRC rows are never empty
-            {"<output-mode>\n <m>\n  <row c=\"16384,16384\" x=\"7\"/>\n  <row/>\n"
-             "  <row c=\"8192\"/>\n </m>\n <n>\n  <row c=\"5\"/>\n </n>\n</output-mode>",
-             {{46, {16384, 16384, 8192}}}},
-            {"<output-mode>\n <m>\n </m>\n</output-mode>", {{46, {}}}},
-            {"<virtual-bass-subgains a=\"-80\" b=\"x\" c=\"-160\"/>", {{81, {-80, 0, -160}}}},
-            {"<virtual-bass-mix-freqs frequency_high=\"170\" frequency_low=\"42\"/>",
-             {{74, {42}}, {73, {170}}}},
-            {"<virtual-bass-src-freqs frequency_low=\"40\"/>", {{80, {40}}, {79, {0}}}},
-            // gain_right fills 4; the surround gains only where written.
-            {"<audio-optimizer-bands>\n  <band frequency=\"100\" gain_left=\"1\" gain_right=\"2\" "
-             "gain_left_surround=\"3\"/>\n  <band frequency=\"200\" gain_right=\"5\" "
-             "gain_right_surround=\"\"/>\n  <b frequency=\"300\" gain_left=\"7\" "
-             "gain_right=\"8\"/>\n"
-             "</audio-optimizer-bands>",
-             {{1, {100, 200, 300}}, {2, {1, 0, 7}}, {4, {2, 5, 8}}, {3, {3}}, {5, {}}}},
-            {"<regulator-tuning>\n  <b frequency=\"65\" threshold_low=\"-224\" "
-             "threshold_high=\"-32\" isolated_band=\"true\"/>\n  <b frequency=\"136\" "
-             "threshold_low=\"-221\" isolated_band=\"TRUE\"/>\n</regulator-tuning>",
-             {{50, {65, 136}}, {61, {-224, -221}}, {60, {-32, 0}}, {51, {1, 0}}}},
-            // IEQ bands end at the first other element; a missing target ends the targets.
-            {"<ieq>\n <a>\n  <b>\n   <band_ieq frequency=\"100\" target=\"-1\"/>\n"
-             "   <band_ieq frequency=\"200\"/>\n   <band_ieq frequency=\"300,400\" "
-             "target=\"-3\"/>\n"
-             "   <band frequency=\"500\"/>\n   <band_ieq frequency=\"600\"/>\n  </b>\n "
-             "</a>\n</ieq>",
-             {{36, {100, 200, 300, 400}}, {38, {-1}}}},
-            {"<geq>\n <x>\n  <y>\n   <b1 frequency=\"32\" gain=\"-12\"/>\n"
-             "   <other frequency=\"64\" gain=\"96\"/>\n  </y>\n </x>\n</geq>",
-             {{24, {32, 64}}, {25, {-12, 96}}}},
-    };
-    SetterCollection collection;
-    for (const auto& [xml, expected] : cases) {
-        TagIterator it;
-        openAtFirstElement(it, xml);
-        const std::string name = it.getNodeName();
-        ValueSetter* setter = collection.getValueSetter(name);
-        ASSERT_NE(nullptr, setter) << name;
+const std::pair<std::string, Values> kElements[] = {
+        {"<ieq-enable value='true'/>", {{35, {1}}}},
+        {"<ieq-amount value='True'/>", {{34, {0}}}},
+        {"<peak-value x='9' value=' -3'/>", {{47, {-3}}}},
+        {"<virtualizer-enable/>", {{83, {0}}}},
+        {"<regulator-stress-amount v='26,16 9' w='1'/>", {{59, {26, 16, 9}}}},
+        {"<virtual-bass-harmgains/>", {{70, {}}}},
+        {"<drc-metadata/>", {{20, {0}}}},  // DRC rows are never empty
+        {"<output-mode>\n <m>\n  <row c='16384,16384' x='7'/>\n  <row/>\n"
+         "  <row c='8192'/>\n </m>\n <n>\n  <row c='5'/>\n </n>\n</output-mode>",
+         {{46, {16384, 16384, 8192}}}},
+        {"<output-mode>\n <m>\n </m>\n</output-mode>", {{46, {}}}},
+        {"<virtual-bass-subgains a='-80' b='x' c='-160'/>", {{81, {-80, 0, -160}}}},
+        {"<virtual-bass-mix-freqs frequency_high='170' frequency_low='42'/>",
+         {{74, {42}}, {73, {170}}}},
+        {"<virtual-bass-src-freqs frequency_low='40'/>", {{80, {40}}, {79, {0}}}},
+        // gain_right fills 4; the surround gains only where written.
+        {"<audio-optimizer-bands>\n  <band frequency='100' gain_left='1' gain_right='2' "
+         "gain_left_surround='3'/>\n  <band frequency='200' gain_right='5' "
+         "gain_right_surround=''/>\n  <b frequency='300' gain_left='7' gain_right='8'/>\n"
+         "</audio-optimizer-bands>",
+         {{1, {100, 200, 300}}, {2, {1, 0, 7}}, {4, {2, 5, 8}}, {3, {3}}, {5, {}}}},
+        {"<regulator-tuning>\n  <b frequency='65' threshold_low='-224' "
+         "threshold_high='-32' isolated_band='true'/>\n  <b frequency='136' "
+         "threshold_low='-221' isolated_band='TRUE'/>\n</regulator-tuning>",
+         {{50, {65, 136}}, {61, {-224, -221}}, {60, {-32, 0}}, {51, {1, 0}}}},
+        // IEQ bands end at the first other element; a missing target ends the targets.
+        {"<ieq>\n <a>\n  <b>\n   <band_ieq frequency='100' target='-1'/>\n"
+         "   <band_ieq frequency='200'/>\n   <band_ieq frequency='300,400' target='-3'/>\n"
+         "   <band frequency='500'/>\n   <band_ieq frequency='600'/>\n  </b>\n </a>\n</ieq>",
+         {{36, {100, 200, 300, 400}}, {38, {-1}}}},
+        {"<geq>\n <x>\n  <y>\n   <b1 frequency='32' gain='-12'/>\n"
+         "   <other frequency='64' gain='96'/>\n  </y>\n </x>\n</geq>",
+         {{24, {32, 64}}, {25, {-12, 96}}}},
+};
+
+class EachValueSetter : public TuningTest {
+  protected:
+    // Opens a document holding `xml`, stands on its element and applies the
+    // element's setter to a fresh record.
+    Values apply(const std::string& xml) {
+        EXPECT_EQ(0, mIt.init(writeDocument(xml)));
+        mIt.next();
+        ValueSetter* setter = mCollection.getValueSetter(mIt.getNodeName());
+        EXPECT_NE(nullptr, setter) << xml;
         Tuning record("", Endpoint::SPEAKER, false);
-        setter->set(record, it);
+        if (setter) setter->set(record, mIt);
         Values got;
         for (const auto& [p, values] : record.values()) got[toInt(p)] = values;
-        EXPECT_EQ(expected, got) << xml;
-        // The setter leaves the iterator where it found it, its stack empty (a pop
-        // from an empty stack logs and moves nothing).
-        const size_t emptyPops = mLog.count("TagIterator", "It's empty in node stack!");
-        it.popNode();
-        EXPECT_EQ(emptyPops + 1, mLog.count("TagIterator", "It's empty in node stack!")) << name;
-        EXPECT_EQ(name, it.getNodeName());
+        return got;
     }
+
+    TagIterator mIt;
+    SetterCollection mCollection;
+};
+
+// Only the end of the IEQ bands is reported.
+TEST_F(EachValueSetter, FillsItsParametersInTheOrderOfTheFormat) {
+    for (const auto& [xml, expected] : kElements) EXPECT_EQ(expected, apply(xml)) << xml;
     EXPECT_EQ(1u, mLog.count("ValueSetter", "No attribute band_ieq was found!"));
     EXPECT_TRUE(mLog.contains(ANDROID_LOG_INFO, "ValueSetter", "No attribute band_ieq was found!"));
 }
 
+// Its stack is left empty: a pop logs and moves nothing.
+TEST_F(EachValueSetter, LeavesTheIteratorOnItsElement) {
+    for (const auto& [xml, expected] : kElements) {
+        apply(xml);
+        const std::string name = mIt.getNodeName();
+        mLog.clear();
+        mIt.popNode();
+        EXPECT_EQ(1u, mLog.count("TagIterator", "It's empty in node stack!")) << name;
+        EXPECT_EQ(name, mIt.getNodeName());
+    }
+}
+
 }  // namespace
-}  // namespace vessa
+}  // namespace vessa::test
