@@ -20,6 +20,7 @@ TEST(TheParameterNames, RiseAlphabeticallyWithTheirValues) {
         EXPECT_LT(std::strcmp(parameterName(toParameter(i)), parameterName(toParameter(i + 1))), 0)
                 << "between " << i << " and " << i + 1;
     }
+    EXPECT_STREQ("audio_optimizer_enable", parameterName(P::AUDIO_OPTIMIZER_ENABLE));
     EXPECT_STREQ("virtual_bass_mix_frequency", parameterName(P::VIRTUAL_BASS_MIX_FREQUENCY));
     EXPECT_STREQ("virtual_bass_mix_freq_low", parameterName(P::VIRTUAL_BASS_MIX_FREQ_LOW));
     EXPECT_STREQ("", parameterName(toParameter(kNumParameters)));
