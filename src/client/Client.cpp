@@ -115,10 +115,25 @@ class Client::Impl {
         });
     }
 
-    Result<int32_t> queryWord(PqsProtocol::QueryCommand command, int32_t profile = 0) {
+    Result<int> queryWord(PqsProtocol::QueryCommand command, int32_t profile = 0) {
         Result<std::vector<int32_t>> words = query(PqsProtocol::query(command, profile), 1);
         if (!words) return words.error();
         return words.value().empty() ? 0 : words.value()[0];
+    }
+
+    Result<bool> queryFlag(PqsProtocol::QueryCommand command, int32_t profile = 0) {
+        Result<int> word = queryWord(command, profile);
+        if (!word) return word.error();
+        return word.value() != 0;
+    }
+
+    // A setting query answers as many words as the setting has values.
+    Result<std::vector<int32_t>> querySetting(int id, const Bytes& request) {
+        const Setting* info = findSetting(id);
+        if (info == nullptr) {
+            return error(Error::Code::INVALID, "no setting has id " + std::to_string(id));
+        }
+        return query(request, static_cast<size_t>(info->length));
     }
 
     // Sends an update-producing request and waits until its update comes back.
@@ -168,9 +183,7 @@ Client::~Client() = default;
 // ---- the effect and its profiles ----
 
 Result<bool> Client::effectEnabled() {
-    Result<int32_t> on = mImpl->queryWord(PqsProtocol::kQueryOnOff);
-    if (!on) return on.error();
-    return on.value() != 0;
+    return mImpl->queryFlag(PqsProtocol::kQueryOnOff);
 }
 
 Result<void> Client::setEffectEnabled(bool on) {
@@ -178,9 +191,7 @@ Result<void> Client::setEffectEnabled(bool on) {
 }
 
 Result<int> Client::profileCount() {
-    Result<int32_t> count = mImpl->queryWord(PqsProtocol::kQueryProfileCount);
-    if (!count) return count.error();
-    return count.value();
+    return mImpl->queryWord(PqsProtocol::kQueryProfileCount);
 }
 
 Result<std::string> Client::profileName(int profile) {
@@ -191,9 +202,7 @@ Result<std::string> Client::profileName(int profile) {
 }
 
 Result<int> Client::selectedProfile() {
-    Result<int32_t> selected = mImpl->queryWord(PqsProtocol::kQuerySelectedProfile);
-    if (!selected) return selected.error();
-    return selected.value();
+    return mImpl->queryWord(PqsProtocol::kQuerySelectedProfile);
 }
 
 Result<void> Client::selectProfile(int profile) {
@@ -201,9 +210,7 @@ Result<void> Client::selectProfile(int profile) {
 }
 
 Result<bool> Client::profileModified(int profile) {
-    Result<int32_t> modified = mImpl->queryWord(PqsProtocol::kQueryProfileModified, profile);
-    if (!modified) return modified.error();
-    return modified.value() != 0;
+    return mImpl->queryFlag(PqsProtocol::kQueryProfileModified, profile);
 }
 
 Result<void> Client::resetProfile(int profile) {
@@ -211,30 +218,21 @@ Result<void> Client::resetProfile(int profile) {
 }
 
 Result<bool> Client::monoInternalSpeaker() {
-    Result<int32_t> mono = mImpl->queryWord(PqsProtocol::kQueryMonoSpeaker);
-    if (!mono) return mono.error();
-    return mono.value() != 0;
+    return mImpl->queryFlag(PqsProtocol::kQueryMonoSpeaker);
 }
 
 // ---- settings ----
 
 Result<std::vector<int32_t>> Client::setting(int profile, int id) {
-    const Setting* info = findSetting(id);
-    if (info == nullptr)
-        return error(Error::Code::INVALID, "no setting has id " + std::to_string(id));
-    return mImpl->query(PqsProtocol::query(PqsProtocol::kQueryParameter, profile, id),
-                        static_cast<size_t>(info->length));
+    return mImpl->querySetting(id, PqsProtocol::query(PqsProtocol::kQueryParameter, profile, id));
 }
 
 Result<std::vector<int32_t>> Client::portSetting(int profile, int port, int id) {
-    const Setting* info = findSetting(id);
-    if (info == nullptr)
-        return error(Error::Code::INVALID, "no setting has id " + std::to_string(id));
-    if (profile < 0 || profile > PqsProtocol::kMaxPortQueryProfile) {
+    bool known = findSetting(id) != nullptr;  // an unknown id is reported first
+    if (known && (profile < 0 || profile > PqsProtocol::kMaxPortQueryProfile)) {
         return error(Error::Code::INVALID, "a port setting can be read for profiles 0 to 15 only");
     }
-    return mImpl->query(PqsProtocol::portQuery(profile, port, id),
-                        static_cast<size_t>(info->length));
+    return mImpl->querySetting(id, PqsProtocol::portQuery(profile, port, id));
 }
 
 Result<std::vector<int32_t>> Client::setSetting(int profile, int id,

@@ -16,7 +16,6 @@ class ClientBuffer {
         : mData(static_cast<const uint8_t*>(data)), mSize(data == nullptr ? 0 : size) {}
 
     size_t size() const { return mSize; }
-    bool oversized() const { return mSize > kMaxSize; }
     uint8_t byteAt(size_t offset) const { return offset < mSize ? mData[offset] : 0; }
     // A native-order 32-bit word at a byte offset.
     int32_t wordAtOffset(size_t offset) const;

@@ -155,12 +155,14 @@ bool VessaCtl::parseProfile(const std::string& text, int* profile) {
 bool VessaCtl::parsePort(const std::string& text, int* port) {
     *port = Client::findPort(text);
     if (*port >= 0) return true;
-    usage("PORT must be 0 to 6 or a port name, not '" + text + "'");
+    usage("PORT must be 0 to " + std::to_string(Client::kNumPorts - 1) + " or a port name, not '" +
+          text + "'");
     return false;
 }
 
 bool VessaCtl::parseParamId(const std::string& text, int* id) {
-    if (!parseNumber(text, "ID", 101, 116, id)) return false;
+    const std::vector<Setting>& settings = Client::settings();
+    if (!parseNumber(text, "ID", settings.front().id, settings.back().id, id)) return false;
     return Client::findSetting(*id) != nullptr;
 }
 
