@@ -24,12 +24,34 @@ function(vessa_add_subsystem name)
     set_property(GLOBAL APPEND PROPERTY VESSA_OBJECT_LIBS ${target})
 endfunction()
 
-function(vessa_add_shared_library)
+# vessa_internal: every subsystem in one static archive, for vessad, the tests and
+# the benchmarks. libvessa: the public client API only (include/vessa/), every other
+# symbol hidden; the archive supplies what the client code needs.
+function(vessa_add_libraries)
     get_property(objs GLOBAL PROPERTY VESSA_OBJECT_LIBS)
-    add_library(vessa SHARED)
+    add_library(vessa_internal STATIC)
     foreach(obj IN LISTS objs)
-        target_sources(vessa PRIVATE $<TARGET_OBJECTS:${obj}>)
-        target_link_libraries(vessa PUBLIC ${obj})
+        target_sources(vessa_internal PRIVATE $<TARGET_OBJECTS:${obj}>)
+        target_link_libraries(vessa_internal PUBLIC ${obj})
     endforeach()
-    set_target_properties(vessa PROPERTIES OUTPUT_NAME vessa)
+
+    add_library(vessa SHARED $<TARGET_OBJECTS:vessa_client>)
+    add_library(vessa::vessa ALIAS vessa)
+    target_link_libraries(vessa PRIVATE vessa_internal)
+    target_include_directories(vessa PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    set(map ${PROJECT_SOURCE_DIR}/dist/libvessa.map)
+    target_link_options(vessa PRIVATE LINKER:--as-needed LINKER:--exclude-libs,ALL
+        LINKER:--version-script=${map})
+    # A sanitizer's runtime comes with the program, not with the library.
+    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+        target_link_options(vessa PRIVATE LINKER:--no-undefined)
+    endif()
+    set_property(TARGET vessa APPEND PROPERTY LINK_DEPENDS ${map})
+    set_target_properties(vessa PROPERTIES
+        OUTPUT_NAME vessa
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        INSTALL_RPATH ${ANDROID_LIB_DIR})
 endfunction()

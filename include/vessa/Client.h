@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "vessa/Export.h"
 #include "vessa/IntCode.h"
 #include "vessa/Result.h"
 #include "vessa/Setting.h"
@@ -35,7 +36,7 @@ struct StoredParam {
 // its first client); the client leaves when it is destroyed, and an ordinary
 // client leaving makes the service save its state. Changes return once the
 // service has applied them.
-class Client {
+class VESSA_EXPORT Client {
   public:
     // How this client registers: type 1 to 4 is a decoder, 7 a game, others ordinary.
     struct Identity {
