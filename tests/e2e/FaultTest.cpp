@@ -121,6 +121,26 @@ TEST_F(VessadUnderFaults, SighupAppliesWhatTheOemFileSaysNow) {
     EXPECT_EQ(0, stopService()) << vessad->err();
 }
 
+// The file is read only at the first client, but a missing one is named at start;
+// the service keeps serving, and SIGHUP loads the file once it is there.
+TEST_F(VessadUnderFaults, AMissingDefaultTuningFileIsNamedAtStartAndLoadedByAReload) {
+    const std::string content = readFile(root.defaultFile);
+    ASSERT_EQ(0, unlink(root.defaultFile.c_str()));
+    startService();
+    const std::string warning = "default tuning file " + root.defaultFile +
+                                " cannot be read (No such file or directory)";
+    EXPECT_TRUE(eventually([&] { return vessad->err().find(warning) != std::string::npos; },
+                           std::chrono::seconds(10)))
+            << vessad->err();
+    EXPECT_NE(0, run(ctlArgs({"profiles"})).exitCode);
+    root.dir.write(SxContextManager::kDefaultTuningFile, content);
+    kill(vessad->pid(), SIGHUP);
+    EXPECT_TRUE(eventually(
+            [&] { return run(ctlArgs({"profiles"})).out.find("2 Music\n") != std::string::npos; },
+            std::chrono::seconds(10)));
+    EXPECT_EQ(0, stopService());
+}
+
 // Saves that fail are reported: in the log, with the file, and by vessactl status.
 TEST_F(VessadUnderFaults, SavesToADirectoryThatCannotBeWrittenAreReported) {
     startService();

@@ -1,22 +1,29 @@
 // vessad: serves the vessa parameter service on D-Bus until SIGINT or SIGTERM.
 
-#include <android/log.h>
+#define LOG_TAG "vessad"
 
+#include <fcntl.h>
+#include <log/log.h>
+#include <sys/stat.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <string>
 
-#include "dbus/PqsServer.h"
+#include "context/SxContextManager.h"
 #include "dbus/BusConnection.h"
+#include "dbus/PqsServer.h"
 #include "dbus/SignalWaiter.h"
 #include "platform/FileSystemRoot.h"
+#include "platform/JournalLogger.h"
 #include "service/VessaManagerService.h"
 
 namespace {
-
-constexpr const char* kTag = "vessad";
 
 void printUsage(FILE* out) {
     fprintf(out,
@@ -62,6 +69,27 @@ bool parseOptions(int argc, char** argv, Options* options, bool* exitNow) {
     return true;
 }
 
+// The file is read only when the first client registers; say now, with the full
+// path, when that cannot work, so that it shows next to "ready" in the log.
+void checkDefaultTuningFile() {
+    const std::string path =
+            vessa::FileSystemRoot::resolve(vessa::SxContextManager::kDefaultTuningFile);
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat status {};
+    const char* problem = nullptr;
+    if (fd < 0) {
+        problem = strerror(errno);
+    } else if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        problem = "not a regular file";
+    }
+    if (fd >= 0) close(fd);
+    if (problem != nullptr) {
+        ALOGW("default tuning file %s cannot be read (%s): clients get no settings until it "
+              "is there and the service reloads (SIGHUP)",
+              path.c_str(), problem);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -72,7 +100,7 @@ int main(int argc, char** argv) {
     // Before anything else: every fixed path of the service resolves under it.
     if (!options.root.empty()) vessa::FileSystemRoot::set(options.root);
 
-    __android_log_set_logger(__android_log_stderr_logger);
+    vessa::JournalLogger::install();
     __android_log_set_minimum_priority(options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_INFO);
 
     // Before the service and the bus start their threads.
@@ -92,31 +120,34 @@ int main(int argc, char** argv) {
     };
     std::string error;
     if (!server.start(options.bus, &error, onLost)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", error.c_str());
+        ALOGE("%s", error.c_str());
         return 1;
     }
-    __android_log_print(ANDROID_LOG_INFO, kTag, "ready (root %s)",
-                        vessa::FileSystemRoot::get().c_str());
+    checkDefaultTuningFile();
+    ALOGI("ready (root %s)", vessa::FileSystemRoot::get().c_str());
+    sd_notify(0, "READY=1");
 
     int received;
     while ((received = events.wait()) == SIGHUP) {
         // A daemon's SIGHUP: read the configuration again, keep serving.
-        __android_log_print(ANDROID_LOG_INFO, kTag, "%s: reloading the tuning files",
-                            strsignal(received));
+        ALOGI("%s: reloading the tuning files", strsignal(received));
+        sd_notify(0, "RELOADING=1");
         service->reloadTuningFiles();
+        sd_notify(0, "READY=1");
     }
     int status = 0;
     if (received == 0) {
         std::lock_guard<std::mutex> guard(lostLock);
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "lost %s (%s): saving and exiting",
-                            vessa::BusConnection::describe(options.bus).c_str(), lost.c_str());
+        ALOGE("lost %s (%s): saving and exiting",
+              vessa::BusConnection::describe(options.bus).c_str(), lost.c_str());
         status = 1;
     } else {
-        __android_log_print(ANDROID_LOG_INFO, kTag, "%s: stopping", strsignal(received));
+        ALOGI("%s: stopping", strsignal(received));
     }
+    sd_notify(0, "STOPPING=1");
     // No request runs after this; then the last reference goes and the service saves.
     server.stop();
     service.clear();
-    __android_log_print(ANDROID_LOG_INFO, kTag, "stopped");
+    ALOGI("stopped");
     return status;
 }
