@@ -70,10 +70,12 @@ class Client::Impl {
                          "the vessa service on " + where + " did not answer in time");
         }
         if (is("AccessDenied")) {
+            // The bus's own text names every matched rule; the policy's intent is shorter.
             return error(Error::Code::ACCESS_DENIED,
-                         "the bus refused the call (see the policy file "
-                         "etc/vendor.vessa_v3_6.hardware.pqs360.conf): " +
-                                 e.getMessage());
+                         "access denied by the bus policy (" + std::string(kPqsServiceName) +
+                                 ".conf): on " + where +
+                                 " only root, the user vessa and members of the group audio "
+                                 "may change settings");
         }
         if (is("UnknownObject") || is("UnknownInterface") || is("UnknownMethod")) {
             return error(Error::Code::BUS,

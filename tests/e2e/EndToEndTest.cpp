@@ -1,6 +1,7 @@
 // vessad, vessactl, busctl and other clients as separate processes on a private bus.
 
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -258,10 +259,11 @@ constexpr const char* kSystemBusDefaults = R"(<!DOCTYPE busconfig PUBLIC
   </policy>
 )";
 
-TEST_F(VessadAndItsClients, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyoneIsServed) {
+TEST_F(VessadAndItsClients, OnTheSystemBusAnyoneReadsButOnlyTheServiceUserAndAudioChange) {
     const char* setpriv = "/usr/bin/setpriv";
-    if (getuid() != 0 || getpwnam("nobody") == nullptr || access(setpriv, X_OK) != 0) {
-        GTEST_SKIP() << "needs root, the user nobody and setpriv";
+    if (getuid() != 0 || getpwnam("nobody") == nullptr || getgrnam("audio") == nullptr ||
+        access(setpriv, X_OK) != 0) {
+        GTEST_SKIP() << "needs root, the user nobody, the group audio and setpriv";
     }
     chmod(dir.c_str(), 0755);  // the socket must be reachable by nobody
     PrivateBus system(
@@ -282,12 +284,17 @@ TEST_F(VessadAndItsClients, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyone
         return copy;
     };
     std::filesystem::copy_file(VESSA_LIBRARY_PATH, programs + "/" + VESSA_LIBRARY_NAME);
-    auto asNobody = [&](Args argv) {
+    // The user nobody, alone or also in the group audio.
+    auto asNobody = [&](Args argv, const char* groups = "--clear-groups") {
         argv[0] = reachable(argv[0]);
-        Args prefixed = {setpriv,          "--reuid=nobody", "--regid=nogroup",
-                         "--clear-groups", "/usr/bin/env",   "LD_LIBRARY_PATH=" + programs};
+        Args prefixed = {setpriv, "--reuid=nobody", "--regid=nogroup",
+                         groups,  "/usr/bin/env",   "LD_LIBRARY_PATH=" + programs};
         prefixed.insert(prefixed.end(), argv.begin(), argv.end());
         return prefixed;
+    };
+    auto ctlAsNobody = [&](Args args, const char* groups = "--clear-groups") {
+        args.insert(args.begin(), {VESSACTL_PATH, "--bus", system.address()});
+        return run(asNobody(args, groups));
     };
     ChildProcess::Result intruder = run(asNobody(vessadArgs(system)));
     EXPECT_EQ(1, intruder.exitCode);
@@ -295,10 +302,25 @@ TEST_F(VessadAndItsClients, OnTheSystemBusOnlyTheServiceUserOwnsTheNameAndAnyone
 
     ChildProcess owner(vessadArgs(system), dir);
     ASSERT_TRUE(system.waitForOwner(kPqsServiceName)) << owner.err();
-    // vessactl answers only once the service's echo of its request has come back.
-    ChildProcess::Result client = run(asNobody({VESSACTL_PATH, "--bus", system.address(), "off"}));
-    EXPECT_EQ(0, client.exitCode) << client.err << owner.err();
-    EXPECT_EQ("effect off\n", client.out);
+    // A stranger reads (registering for it, which loads the settings), but a change is
+    // refused by the bus before the service sees it.
+    ChildProcess::Result read = ctlAsNobody({"get", "2", "108"});
+    EXPECT_EQ(0, read.exitCode) << read.err << owner.err();
+    EXPECT_THAT(read.out, HasSubstr("108 dialog-enhancer-amount: "));
+    for (const Args& change : {Args{"off"}, Args{"set", "2", "108", "3"}, Args{"reload"},
+                               Args{"select", "0", "internal_speaker_quad"}}) {
+        ChildProcess::Result refused = ctlAsNobody(change);
+        EXPECT_EQ(1, refused.exitCode) << change[0] << ": " << refused.out;
+        EXPECT_THAT(refused.err, HasSubstr("access denied by the bus policy")) << change[0];
+    }
+    EXPECT_EQ(read.out, ctlAsNobody({"get", "2", "108"}).out);
+    EXPECT_THAT(ctlAsNobody({"status"}).out, HasSubstr("effect   on\n"));
+
+    // The same user in the group audio changes them.
+    ChildProcess::Result allowed = ctlAsNobody({"set", "2", "108", "3"}, "--groups=audio");
+    EXPECT_EQ(0, allowed.exitCode) << allowed.err << owner.err();
+    EXPECT_EQ("108 dialog-enhancer-amount: 3\n", allowed.out);
+    EXPECT_EQ("effect off\n", ctlAsNobody({"off"}, "--groups=audio").out);
     EXPECT_EQ(0, owner.stop(SIGTERM)) << owner.err();
 }
 
