@@ -14,6 +14,7 @@
 #include "effect/AupParameter.h"
 #include "platform/AupParamStore.h"
 #include "platform/LogCapture.h"
+#include "storage/Provider.h"
 
 namespace vessa {
 namespace {
@@ -59,7 +60,8 @@ class AFreshRoot : public Test {
     LogCapture log;
 };
 
-TEST_F(AFreshRoot, StoresTheDefaultFileOnFirstStart) {
+// The whole state goes out once, for every device the controller drives.
+TEST_F(AFreshRoot, StoresTheDefaultFileOnFirstStartAndSendsTheWholeStateInOneCommit) {
     Life life;
     EXPECT_TRUE(log.contains(kTag, kUpdated));
     EXPECT_TRUE(log.contains(kTag, "OEM Tuning XML doesn't exist!"));
@@ -67,10 +69,6 @@ TEST_F(AFreshRoot, StoresTheDefaultFileOnFirstStart) {
     EXPECT_EQ(0, life.context->getSelectedProfile()->getProfileId());
     EXPECT_TRUE(life.context->getAupOn());
     EXPECT_EQ("default_bluetooth", life.context->getSelectedTuningDevice(Port::BLUETOOTH));
-}
-
-TEST_F(AFreshRoot, SendsTheWholeStateForEveryDeviceInOneCommit) {
-    Life life;
     EXPECT_EQ(1u, store.getCommitCount());
     std::set<uint32_t> devices;
     for (const AupParamCache& e : store.storedParams(true)) devices.insert(e.getDevice());
@@ -82,7 +80,9 @@ TEST_F(AFreshRoot, SendsTheWholeStateForEveryDeviceInOneCommit) {
               committed(kDeviceOutDefault, "DVME"));
 }
 
-TEST_F(AFreshRoot, StartsFromTheDatabaseAloneWhileTheFileIsUnchanged) {
+// That the saved choices are kept while the file is unchanged is followed through the
+// daemon's restart in the end-to-end tests.
+TEST_F(AFreshRoot, StartsFromTheDatabaseAloneWhileTheFileIsUnchangedAndRefillsItOnAChange) {
     Entries first;
     {
         Life life;
@@ -90,23 +90,16 @@ TEST_F(AFreshRoot, StartsFromTheDatabaseAloneWhileTheFileIsUnchanged) {
     }
     store.reset();
     log.clear();
-    Life life;
-    EXPECT_FALSE(log.contains(kTag, kUpdated));
-    EXPECT_EQ(first, store.storedParams(true));
-}
-
-// That the saved choices are kept while the file is unchanged is followed through the
-// daemon's restart in the end-to-end tests.
-TEST_F(AFreshRoot, RefillsTheDatabaseAndDropsTheSavedChoicesWhenTheFileChanges) {
     {
         Life life;
+        EXPECT_FALSE(log.contains(kTag, kUpdated));
+        EXPECT_EQ(first, store.storedParams(true));
         life.context->setSelectedProfile(1);
         ASSERT_TRUE(life.context->setSelectedTuning(Port::BLUETOOTH, "bt_earbuds_b", false));
         life.context->save();
     }
     root.touchDefault(10);
-    log.clear();
-    Life life;
+    Life life;  // the saved choices are dropped with the refill
     EXPECT_TRUE(log.contains(kTag, kUpdated));
     EXPECT_EQ(0, life.context->getSelectedProfile()->getProfileId());
     EXPECT_EQ("default_bluetooth", life.context->getSelectedTuningDevice(Port::BLUETOOTH));
@@ -129,7 +122,8 @@ class AStartedLife : public AFreshRoot {
     SxContext* context = life.context;
 };
 
-TEST_F(AStartedLife, SendsOnlyWhatAProfileChangeAltersDeviceByDeviceProfileWideLast) {
+// A tuning change goes to that port's device only.
+TEST_F(AStartedLife, SendsOnlyWhatAProfileOrTuningChangeAltersDeviceByDeviceProfileWideLast) {
     const size_t whole = store.storedParams(true).size();
     context->setSelectedProfile(1);
     EXPECT_EQ(2u, store.getCommitCount());
@@ -148,16 +142,24 @@ TEST_F(AStartedLife, SendsOnlyWhatAProfileChangeAltersDeviceByDeviceProfileWideL
     EXPECT_EQ(context->getProfileEndpoint(1, Endpoint::HEADPHONE)
                       ->valuesOf(Parameter::VOLUME_LEVELER_AMOUNT),
               committed(kDeviceOutBluetoothA2dp, "DVLA"));
-}
-
-TEST_F(AStartedLife, SendsATuningChangeToThatPortsDeviceOnly) {
     ASSERT_TRUE(context->setSelectedTuning(Port::BLUETOOTH, "bt_earbuds_b", false));
-    std::set<uint32_t> devices;
-    for (const AupParamCache& entry : store.lastCommit()) devices.insert(entry.getDevice());
-    EXPECT_EQ(std::set<uint32_t>{kDeviceOutBluetoothA2dp}, devices);
+    std::set<uint32_t> tuned;
+    for (const AupParamCache& entry : store.lastCommit()) tuned.insert(entry.getDevice());
+    EXPECT_EQ(std::set<uint32_t>{kDeviceOutBluetoothA2dp}, tuned);
 }
 
-TEST_F(AStartedLife, AddsTheOemDevicesExceptThoseTheDefaultFileHas) {
+// A file of another format version is refused whole; one that fits adds its devices but
+// those the default file has.
+TEST_F(AStartedLife, AddsTheOemDevicesExceptThoseTheDefaultFileHasFromAFileOfItsVersion) {
+    std::string other = root.sampleOem();
+    const size_t at = other.find("major=\"3\" minor=\"3\"");
+    ASSERT_NE(std::string::npos, at) << "sample OEM file format version changed";
+    root.installOem(other.replace(at, 19, "major=\"3\" minor=\"2\""));
+    EXPECT_EQ(-22, life.manager.loadOemTuning());
+    EXPECT_TRUE(log.contains(kTag,
+                             "OEM tuning format V=3.2.0 is not consistent with current V=3.3.0, "
+                             "abort loading OEM tuning XML."));
+    EXPECT_FALSE(context->setSelectedTuning(Port::BLUETOOTH, "bt_neckband_x1", false));
     root.installOem(root.sampleOem());
     EXPECT_EQ(0, life.manager.loadOemTuning());
     const std::vector<std::string> devices = context->getAvailableTuningDevice(Port::BLUETOOTH);
@@ -169,26 +171,7 @@ TEST_F(AStartedLife, AddsTheOemDevicesExceptThoseTheDefaultFileHas) {
     EXPECT_TRUE(context->setSelectedTuning(Port::BLUETOOTH, "bt_neckband_x1", false));
 }
 
-TEST_F(AStartedLife, RefusesAWholeOemFileOfAnotherFormatVersion) {
-    std::string other = root.sampleOem();
-    const size_t at = other.find("major=\"3\" minor=\"3\"");
-    ASSERT_NE(std::string::npos, at) << "sample OEM file format version changed";
-    root.installOem(other.replace(at, 19, "major=\"3\" minor=\"2\""));
-    EXPECT_EQ(-22, life.manager.loadOemTuning());
-    EXPECT_TRUE(log.contains(kTag,
-                             "OEM tuning format V=3.2.0 is not consistent with current V=3.3.0, "
-                             "abort loading OEM tuning XML."));
-    EXPECT_FALSE(context->setSelectedTuning(Port::BLUETOOTH, "bt_neckband_x1", false));
-}
-
 // A start that finds the settings database damaged or locked.
-
-void exec(const std::string& path, const char* sql) {
-    sqlite3* db = nullptr;
-    sqlite3_open(path.c_str(), &db);
-    sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
-    sqlite3_close(db);
-}
 
 // The files a start set aside, removed as they are counted.
 std::vector<std::string> takeAside(const std::string& database) {
@@ -232,8 +215,9 @@ TEST_F(ASavedDatabase, IsSetAsideWhenDamagedAndRebuiltWithTheSettingsItStillYiel
     } cases[] = {
             {"DELETE FROM profile_endpoints WHERE custom_name='default' AND _id=1", nullptr,
              "a user row of profile_endpoints has no factory row"},
-            {"DROP TABLE device_tunings; CREATE TABLE device_tunings (_id INTEGER)", nullptr,
+            {"ALTER TABLE device_tunings ADD COLUMN extra TEXT", nullptr,
              "table device_tunings has other columns"},
+            {"DROP TABLE ieq_presets", nullptr, "table ieq_presets is missing"},
             {"DELETE FROM profiles", nullptr, "it holds no profile"},
             {"DELETE FROM configuration WHERE key='signature'", nullptr,
              "its configuration is incomplete"},
@@ -247,7 +231,7 @@ TEST_F(ASavedDatabase, IsSetAsideWhenDamagedAndRebuiltWithTheSettingsItStillYiel
         SCOPED_TRACE(c.reason);
         fs::remove_all(path);
         fs::copy_file(path + ".good", path);
-        c.sql ? exec(path, c.sql) : c.damage();
+        c.sql ? void(DatabaseHelper(Provider::kDatabaseName).execSQL(c.sql)) : c.damage();
         const bool readable = c.sql != nullptr;
         LogCapture log;
         SxContextManager manager;

@@ -7,6 +7,7 @@
 
 #include "SampleRoot.h"
 #include "platform/LogCapture.h"
+#include "storage/Provider.h"
 
 namespace vessa {
 namespace {
@@ -90,12 +91,10 @@ TEST_F(AnObservedContext, NotifiesEachRealChangeOfTheSelectedProfileOnce) {
               context->getProfileParameter(3, Endpoint::HEADPHONE, Parameter::IEQ_AMOUNT));
 }
 
-TEST_F(AnObservedContext, AnnouncesAnEndpointValueOnEveryPortTunedAsThatEndpoint) {
+// Preset zero switches the IEQ off; the preset is announced after the endpoint.
+TEST_F(AnObservedContext, AnnouncesAnEndpointValueOnEveryPortTunedAsThatEndpointThenItsPreset) {
     set(0, Endpoint::HEADPHONE, Parameter::VOLUME_LEVELER_AMOUNT, {9});
     EXPECT_EQ((Strings{"endpoint headphone", "endpoint bluetooth", "endpoint usb"}), events());
-}
-
-TEST_F(AnObservedContext, SwitchesTheIeqOffForPresetZeroThenAnnouncesThePreset) {
     set(0, Endpoint::SPEAKER, Parameter::IEQ_ID, {0});
     EXPECT_EQ((Strings{"endpoint internal_speaker", "ieq internal_speaker off"}), events());
     EXPECT_EQ(Values{0}, context->getProfileParameter(0, Endpoint::SPEAKER, Parameter::IEQ_ENABLE));
@@ -114,8 +113,9 @@ TEST_F(AnObservedContext, RefusesAnUnknownIeqPresetAndVirtualBassOffTheSpeakerSi
                              "endpoints"));
 }
 
-TEST_F(AnObservedContext, TakesAPrefixOfTheStoredValuesOrAnEmptyListAsNoChange) {
-    const Values gains = context->getProfileGeqParameter(0, Parameter::GEQ_GAIN);
+// A prefix of the stored values or an empty list is no change.
+TEST_F(AnObservedContext, TakesAPrefixAsNoChangeAndResetsTheGeqAndProfileWithANotice) {
+    Values gains = context->getProfileGeqParameter(0, Parameter::GEQ_GAIN);
     ASSERT_GT(gains.size(), 2u);
     Values prefix(gains.begin(), gains.begin() + 2), empty;
     context->setProfileGeqParameter(0, Parameter::GEQ_GAIN, prefix);
@@ -123,10 +123,6 @@ TEST_F(AnObservedContext, TakesAPrefixOfTheStoredValuesOrAnEmptyListAsNoChange) 
     EXPECT_TRUE(events().empty());
     EXPECT_EQ(gains, context->getProfileGeqParameter(0, Parameter::GEQ_GAIN));
     EXPECT_FALSE(context->isProfileGeqModified(0));
-}
-
-TEST_F(AnObservedContext, ResetsTheGeqAndTheProfileToTheFactoryCopyWithANotice) {
-    Values gains = context->getProfileGeqParameter(0, Parameter::GEQ_GAIN);
     gains[0] += 1;
     context->setProfileGeqParameter(0, Parameter::GEQ_GAIN, gains);
     EXPECT_TRUE(context->isProfileGeqModified(0));
@@ -137,11 +133,14 @@ TEST_F(AnObservedContext, ResetsTheGeqAndTheProfileToTheFactoryCopyWithANotice) 
     EXPECT_EQ((Strings{"geq", "geq", "profile 0"}), events());
 }
 
-TEST_F(AnObservedContext, ReselectsTheSameTuningOnlyWhenForced) {
+// A port without devices of its own falls back to its name for the default device.
+TEST_F(AnObservedContext, ReselectsTheSameTuningOnlyWhenForcedAndNamesEachPortsDefault) {
     EXPECT_TRUE(context->setSelectedTuning(Port::USB, "default_usb", false));
     EXPECT_TRUE(context->setSelectedTuning(Port::USB, "default_usb", true));
     EXPECT_FALSE(context->setSelectedTuning(Port::USB, "no_such_device", false));
     EXPECT_EQ((Strings{"tuning usb"}), events());
+    EXPECT_EQ("default_hdmi", context->getDefaultTuningDevice(Port::HDMI));
+    EXPECT_EQ("other", context->getDefaultTuningDevice(Port::OTHER));
 }
 
 TEST_F(AnObservedContext, AnnouncesEveryPortOnAReloadThenTheStoredProfileAndSwitch) {
@@ -155,17 +154,34 @@ TEST_F(AnObservedContext, AnnouncesEveryPortOnAReloadThenTheStoredProfileAndSwit
               events());
 }
 
-TEST_F(AnObservedContext, FallsBackToThePortNameForThePortsDefaultDevice) {
-    EXPECT_EQ("default_hdmi", context->getDefaultTuningDevice(Port::HDMI));
-    EXPECT_EQ("other", context->getDefaultTuningDevice(Port::OTHER));  // a port without devices
-}
+// A provider over the sample database whose profiles have speaker settings only.
+class SpeakerOnlyProvider : public Provider {
+  public:
+    SpeakerOnlyProvider() { mEndpoints.insert(&mSpeaker); }
+    ProfileEndpointSet loadProfileEndpoints(int) override { return mEndpoints; }
+    ProfileEndpointSet loadDefaultProfileEndpoints(int) override { return mEndpoints; }
+
+  private:
+    ProfileEndpoint mSpeaker{0, Endpoint::SPEAKER, PresetType::OFF};
+    ProfileEndpointSet mEndpoints;
+};
 
 using AnObservedContextDeathTest = AnObservedContext;
 
-TEST_F(AnObservedContextDeathTest, EndsTheProcessOnAnUnknownProfileId) {
+// Both mean the tuning is broken, and the service cannot run on it.
+TEST_F(AnObservedContextDeathTest, EndsTheProcessOnAnUnknownProfileIdOrAMissingEndpoint) {
+    SpeakerOnlyProvider provider;
+    ASSERT_EQ(0, provider.init());
+    ProfileContext profile(&provider, 0);
+    profile.load();
+    EXPECT_NE(nullptr, profile.getProfileEndpoint(Endpoint::SPEAKER));
     __android_log_set_minimum_priority(ANDROID_LOG_ERROR);  // the fatal line reaches stderr
     EXPECT_EXIT(context->getProfile(99), ::testing::ExitedWithCode(255),
                 "Couldn't find the context for profileId: 99");
+    EXPECT_EXIT(profile.getProfileEndpoint(Endpoint::OTHER), ::testing::ExitedWithCode(255),
+                "Couldn't find the profile endpoint fo 2");
+    EXPECT_EXIT(profile.getSelectedIeqPreset(Endpoint::HEADPHONE), ::testing::ExitedWithCode(255),
+                "Couldn't find the profile endpoint fo 1");
     __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
 }
 

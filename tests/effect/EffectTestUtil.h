@@ -57,18 +57,4 @@ inline V translate(ParameterTranslator& translator, bool all = false) {
     return cmd.buffer();
 }
 
-// A device view that reports its changes to its own translator.
-class DeviceTranslatorTest : public ::testing::Test {
-  protected:
-    ParameterTranslator mTranslator;
-    DeviceParameters mView{&mTranslator};
-};
-
-// Tests that write into the process's one parameter store start from an empty one.
-class StoreTest : public ::testing::Test {
-  protected:
-    void SetUp() override { mStore.reset(); }
-    AupParamStore& mStore = AupParamStore::getInstance();
-};
-
 }  // namespace vessa::test

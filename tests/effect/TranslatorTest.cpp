@@ -102,6 +102,7 @@ TEST_F(ATranslator, SendsTheRegulatorTablesAndTheSibilanceTableOnlyWhenItIsOn) {
     }
 }
 
+// A mono speaker is never virtualised, and its view is set to orientation one.
 TEST_F(ATranslator, SendsTheOutputModeWithTheEndpointAndTheMixMatrixOfASpeaker) {
     const OutputModeTranslator dom;
     EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 1, 441, 442, 443}}}),
@@ -109,11 +110,8 @@ TEST_F(ATranslator, SendsTheOutputModeWithTheEndpointAndTheMixMatrixOfASpeaker) 
     EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 2, 441, 442, 443}}}),
               translate(dom, {}, Endpoint::OTHER));
     EXPECT_EQ(batch({{A::DOM, {831, 832, 833, 0, 441, 442, 443, 461, 462, 463}}}), translate(dom));
-}
-
-TEST_F(ATranslator, NeverVirtualisesAMonoSpeakerAndSetsItsViewToOrientationOne) {
     EXPECT_EQ(batch({{A::DOM, {0, 0, 1, 461, 462, 463}}}),
-              translate(OutputModeTranslator(), {}, Endpoint::SPEAKER, true));
+              translate(dom, {}, Endpoint::SPEAKER, true));
     EXPECT_EQ(V{0}, mView->valuesOf(P::VIRTUALIZER_ENABLE));
     EXPECT_EQ(V{1}, mView->valuesOf(P::ORIENTATION));
 }

@@ -8,14 +8,12 @@
 #include "FuzzService.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    vessa::fuzz::FuzzService& fuzz = vessa::fuzz::FuzzService::get();
     constexpr uint8_t kGuard = 0xA5;
     constexpr size_t kMargin = 16;
-    uint32_t outLength = vessa::fuzz::FuzzService::head(data, size) % 4097;
+    const uint32_t outLength = vessa::fuzz::takeHead(data, size) % 4097;
     std::vector<uint8_t> out(outLength + 2 * kMargin, kGuard);
-    size_t skip = size < 4 ? size : 4;
-    fuzz.service().getAupParam(data + skip, static_cast<uint32_t>(size - skip),
-                               out.data() + kMargin, outLength);
+    vessa::fuzz::FuzzService::get().service->getAupParam(data, uint32_t(size), out.data() + kMargin,
+                                                         outLength);
     for (size_t i = 0; i < kMargin; ++i) {
         if (out[i] != kGuard || out[kMargin + outLength + i] != kGuard) abort();
     }

@@ -8,30 +8,26 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 int main(int argc, char** argv) {
     namespace fs = std::filesystem;
-    std::vector<fs::path> inputs;
+    size_t replayed = 0;
+    const auto replay = [&replayed](const fs::path& input) {
+        std::ifstream in(input, std::ios::binary);
+        std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), {});
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+        ++replayed;
+    };
     for (int i = 1; i < argc; ++i) {
         std::error_code ec;
-        if (fs::is_directory(argv[i], ec)) {
-            for (const fs::directory_entry& entry : fs::directory_iterator(argv[i])) {
-                if (entry.is_regular_file()) inputs.push_back(entry.path());
-            }
-        } else if (fs::exists(argv[i], ec)) {
-            inputs.emplace_back(argv[i]);
+        if (fs::is_regular_file(argv[i], ec)) replay(argv[i]);
+        for (const fs::directory_entry& entry : fs::directory_iterator(argv[i], ec)) {
+            if (entry.is_regular_file()) replay(entry.path());
         }
     }
-    for (const fs::path& input : inputs) {
-        std::ifstream in(input, std::ios::binary);
-        std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)),
-                                   std::istreambuf_iterator<char>());
-        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    }
-    printf("%zu inputs replayed\n", inputs.size());
+    printf("%zu inputs replayed\n", replayed);
     return 0;
 }

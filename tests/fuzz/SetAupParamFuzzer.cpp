@@ -5,7 +5,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     vessa::fuzz::FuzzService& fuzz = vessa::fuzz::FuzzService::get();
-    fuzz.applied(
-            [&] { return fuzz.service().setAupParam(data, static_cast<uint32_t>(size)) == 0; });
+    fuzz.applied([&] { return fuzz.service->setAupParam(data, static_cast<uint32_t>(size)) == 0; });
     return 0;
 }

@@ -60,16 +60,13 @@ TEST_F(AStartedManager, MirrorsTheBassEnhancerOntoTheVirtualBassButNotBack) {
     EXPECT_EQ(Values{1}, manager.getParameter(2, 111));
 }
 
-TEST_F(AStartedManager, RefusesAnEmptyListAProfileOutOfRangeOrAnIdBelowTheTable) {
+TEST_F(AStartedManager, RefusesAnEmptyListAnIdBelowTheTableOrABadProfileOrPortLoggingTheLast) {
+    LogCapture log;
     EXPECT_FALSE(manager.setParameter(2, 111, {}));
     EXPECT_FALSE(manager.setParameter(5, 111, {1}));
     EXPECT_FALSE(manager.setParameter(-1, 111, {1}));
     EXPECT_FALSE(manager.setParameter(0, 99, {1}));
     EXPECT_TRUE(manager.getParameter(0, 99).empty());
-}
-
-TEST_F(AStartedManager, LogsAnInvalidProfileParameterOrPort) {
-    LogCapture log;
     EXPECT_EQ("", manager.getProfileName(-1));
     EXPECT_TRUE(log.contains(kTag, "Invalid Profile Id!"));
     EXPECT_EQ(0, manager.getParamLength(99));
@@ -107,7 +104,6 @@ TEST_F(AStartedManager, MasksTheSwitchWhileSuspendedWithoutChangingIt) {
 TEST_F(AStartedManager, RefusesAnUnknownTuningDeviceAndAReloadWithoutAnOemFile) {
     EXPECT_FALSE(manager.setSelectedTuning(Port::HDMI, "nope"));
     EXPECT_EQ("default_hdmi", manager.getSelectedTuningName(Port::HDMI));
-    EXPECT_EQ("SX_VERSION_EXTERNAL", manager.getSxVersion());
     EXPECT_EQ(-2, manager.reloadTuningXml());
 }
 

@@ -114,7 +114,8 @@ TEST_F(ALooperWithAHandler, DeliversEachConcurrentSendersMessagesInPostOrderOnIt
     EXPECT_FALSE(pthread_equal(looperThread, pthread_self()));
 }
 
-TEST_F(ALooperWithAHandler, StopWaitsForTheRunningDeliveryAndDiscardsTheQueue) {
+// A post made while stopped waits for the next start; the discarded ones never come back.
+TEST_F(ALooperWithAHandler, StopWaitsForTheRunningDeliveryAndDiscardsTheQueueButNotLaterPosts) {
     holdLooperThread();
     for (int32_t seq = 1; seq <= 100; ++seq) {
         sp<AMessage> msg = tick(mHandler, seq);
@@ -130,22 +131,14 @@ TEST_F(ALooperWithAHandler, StopWaitsForTheRunningDeliveryAndDiscardsTheQueue) {
     EXPECT_FALSE(stopped) << "stop returned while a delivery was running";
     mHeld.unlock();
     stopper.join();
-    // The discarded messages never come back after a new start.
-    ASSERT_EQ(OK, mLooper->start());
     ASSERT_EQ(OK, tick(mHandler, 101)->post());
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(1u, mHandler->got().size());
+    ASSERT_EQ(OK, mLooper->start());
     ASSERT_TRUE(mHandler->waitFor(2));
     std::this_thread::sleep_for(20ms);
     ASSERT_EQ(2u, mHandler->got().size());
     EXPECT_EQ(101, mHandler->got()[1].seq);
-}
-
-TEST_F(ALooperWithAHandler, DeliversAPostMadeWhileStoppedAtTheNextStart) {
-    mLooper->stop();
-    ASSERT_EQ(OK, tick(mHandler, 1)->post());
-    std::this_thread::sleep_for(20ms);
-    EXPECT_TRUE(mHandler->got().empty());
-    ASSERT_EQ(OK, mLooper->start());
-    EXPECT_TRUE(mHandler->waitFor(1));
 }
 
 TEST_F(ALooperWithAHandler, DropsMessagesForAHandlerUnregisteredBeforeTheirDelivery) {
@@ -164,6 +157,20 @@ TEST_F(ALooperWithAHandler, DropsMessagesForAHandlerUnregisteredBeforeTheirDeliv
     EXPECT_TRUE(other->got().empty());
     EXPECT_EQ(5u, log.count("ALooper",
                             "dropped message 0x7469636b for handler " + std::to_string(otherId)));
+}
+
+TEST(AMessage, FindsAValueOnlyUnderItsNameWithTheTypeLastSet) {
+    sp<AMessage> msg = new AMessage;
+    msg->setBuffer("port", new ABuffer(1));
+    msg->setInt32("port", 3);  // set again: the new value and type replace the old
+    int32_t port = 7;
+    sp<ABuffer> buffer;
+    EXPECT_FALSE(msg->findInt32("missing", &port) || msg->findBuffer("missing", &buffer));
+    EXPECT_FALSE(msg->findBuffer("port", &buffer));
+    EXPECT_EQ(7, port);
+    EXPECT_EQ(nullptr, buffer);
+    ASSERT_TRUE(msg->findInt32("port", &port));
+    EXPECT_EQ(3, port);
 }
 
 }  // namespace

@@ -113,7 +113,7 @@ TEST_F(AStoredDefaultTuning, LoadsBothCopiesAsSeparateEqualRecords) {
     EXPECT_EQ(provider.loadProfile(3), nullptr);
 }
 
-TEST_F(AStoredDefaultTuning, KeepsSavedChangesForTheNextProvider) {
+TEST_F(AStoredDefaultTuning, KeepsSavedChangesForTheNextProviderAndResetsInPlaceWithoutSaving) {
     provider.setAupOn(false);
     provider.setSelectedProfile(2);
     provider.updateDeviceTuning("bluetooth", "sony");
@@ -129,10 +129,7 @@ TEST_F(AStoredDefaultTuning, KeepsSavedChangesForTheNextProvider) {
     EXPECT_EQ(reopened.getSelectedProfile(), 2);
     EXPECT_EQ(reopened.getDeviceTuning("bluetooth") + reopened.getDeviceTuning("usb"),
               "sonydefault_usb");
-}
-
-TEST_F(AStoredDefaultTuning, ResetsARecordInPlaceToItsFactoryCopyWithoutSaving) {
-    saveChangesToProfileOne();
+    // A reset puts the factory copy into the record in place, but saves nothing.
     EXPECT_EQ(provider.reset(profile), profile);
     EXPECT_TRUE(profile->equals(profiles[1]));
     EXPECT_EQ(profile->getName(), "P1");
@@ -141,9 +138,13 @@ TEST_F(AStoredDefaultTuning, ResetsARecordInPlaceToItsFactoryCopyWithoutSaving) 
     EXPECT_EQ(root.sql("SELECT name FROM profiles WHERE profile_id='1'"), (Strings{"P1", "Mine"}));
 }
 
-TEST_F(AStoredDefaultTuning, SharesOneTuningAmongTheDevicesNamingIt) {
+TEST_F(AStoredDefaultTuning, SharesOneTuningAmongTheDevicesNamingItAndWarnsOfAnUnknownOne) {
     for (Port port : kPorts) provider.loadDeviceTuningsForPort(port);
     LogCapture log;
+    EXPECT_EQ(provider.loadTuningForDevice("nobody"), nullptr);
+    EXPECT_EQ(log.lines().size(), 1u);
+    EXPECT_TRUE(log.contains(ANDROID_LOG_WARN, kTag,
+                             "Cannot find device with name nobody in mDeviceTunings"));
     Tuning* hp = provider.loadTuningForDevice("default_headphone");
     ASSERT_NE(hp, nullptr);
     EXPECT_TRUE(log.contains(ANDROID_LOG_DEBUG, kTag,
@@ -156,15 +157,6 @@ TEST_F(AStoredDefaultTuning, SharesOneTuningAmongTheDevicesNamingIt) {
     EXPECT_EQ(provider.loadTuningForDevice("default_usb"), hp);
     EXPECT_EQ(log.count(kTag, "Found existing tuning[hp] from cache device[sony]"), 1u);
     EXPECT_TRUE(provider.loadTuningForDevice("default_internal_speaker")->isMono());
-}
-
-TEST_F(AStoredDefaultTuning, FindsNoTuningForAnUnknownDeviceAndWarnsOnce) {
-    for (Port port : kPorts) provider.loadDeviceTuningsForPort(port);
-    LogCapture log;
-    EXPECT_EQ(provider.loadTuningForDevice("nobody"), nullptr);
-    EXPECT_TRUE(log.contains(ANDROID_LOG_WARN, kTag,
-                             "Cannot find device with name nobody in mDeviceTunings"));
-    EXPECT_EQ(log.lines().size(), 1u);
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <utime.h>
 
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 #include "TempDir.h"
@@ -16,9 +16,7 @@ namespace vessa::test {
 
 inline std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 // A device root holding the sample default tuning file, made the process root

@@ -74,6 +74,13 @@ TEST_F(ATuningFile, FixesTheValuesItsFormatVersionDecides) {
         ProfileEndpoint* e = only(data.getProfileEndpoints());
         Tuning* tuning = only(data.getTunings());
         ASSERT_TRUE(profile && e && tuning);
+        EXPECT_EQ("1.0.", data.getToolVersion()) << "missing parts are empty";
+        // Unknown endpoint text is the speaker for a tuning; orientation and channel count
+        // are read from its header. Profile IEQ values are no profile settings.
+        EXPECT_EQ(
+                std::make_tuple(Endpoint::SPEAKER, true, V{1}, V{2}, V{-999}),
+                std::make_tuple(tuning->getEndpoint(), tuning->isMono(), at(tuning, P::ORIENTATION),
+                                at(tuning, P::OUTPUT_CHANNELS), at(profile, P::IEQ_ENABLE)));
         EXPECT_EQ(mobility, profile->isMobility());
         EXPECT_EQ(preset, e->getSelectedIeqPreset());
         EXPECT_EQ(expected,
@@ -85,29 +92,10 @@ TEST_F(ATuningFile, FixesTheValuesItsFormatVersionDecides) {
     }
 }
 
-// Unknown endpoint text is the speaker for a tuning; orientation and channel
-// count are read from its header.
-TEST_F(ATuningFile, ReadsItsToolVersionAndEachRecordsHeader) {
-    DeviceData& data = parse(kRecords);
-    EXPECT_EQ("1.0.", data.getToolVersion()) << "missing parts are empty";
-    Tuning* tuning = only(data.getTunings());
-    ASSERT_NE(nullptr, tuning);
-    EXPECT_EQ(Endpoint::SPEAKER, tuning->getEndpoint());
-    EXPECT_TRUE(tuning->isMono());
-    EXPECT_EQ((std::vector<V>{{1}, {2}}),
-              (std::vector<V>{at(tuning, P::ORIENTATION), at(tuning, P::OUTPUT_CHANNELS)}));
-    EXPECT_EQ(V{-999}, at(only(data.getProfiles()), P::IEQ_ENABLE))
-            << "profile IEQ values are not profile settings";
-}
-
-// The preset's type is matched case-sensitively, so this is no IEQ preset.
-TEST_F(ATuningFile, SkipsAPresetOfAnUnknownType) {
-    EXPECT_TRUE(
-            parse("<preset id='ieq_balanced' type='IEQ'>\n</preset>\n").getIeqPresets().empty());
-}
-
-// Two profiles of one id, then a tuning without data: nothing after it is read.
+// A preset of an unknown type (matched case-sensitively), two profiles of one id, then a
+// tuning without data: nothing after it is read.
 const std::string kBrokenTuning =
+        "<preset id='ieq_balanced' type='IEQ'>\n</preset>\n"
         "<profile id='4' name='First'>\n <data>\n  <endpoint_type id='usb'>\n"
         "  </endpoint_type>\n </data>\n</profile>\n"
         "<profile id='4' name='Second'>\n <data>\n  <a/>\n </data>\n</profile>\n"
@@ -115,44 +103,35 @@ const std::string kBrokenTuning =
         "</tuning>\n<tuning name='never'>\n  <data>\n  </data>\n</tuning>\n"
         "<profile id='5' name='Never'>\n <data>\n  <a/>\n </data>\n</profile>\n";
 
-TEST_F(ATuningFile, DropsATuningWithoutDataAndStopsThereKeepingItsDevices) {
+// Two profiles of one id are never merged, but the id is named after the last; an
+// unknown profile endpoint is "other", with virtual-bass type 1 (no technologies).
+TEST_F(ATuningFile, DropsATuningWithoutDataAndStopsThereKeepingWhatCameBefore) {
     DeviceData& data = parse(kBrokenTuning);
+    EXPECT_TRUE(data.getIeqPresets().empty());
     EXPECT_TRUE(mLog.contains(ANDROID_LOG_ERROR, kTag, "There is no <data> in Tuning section"));
     EXPECT_TRUE(data.getTunings().empty());
     EXPECT_EQ("broken", only(data.getDeviceTunings())->getTuning());
     EXPECT_EQ(2u, data.getProfiles().size()) << "the profile after it is not read";
-}
-
-TEST_F(ATuningFile, NeverMergesTwoProfilesOfOneIdButNamesItAfterTheLast) {
-    EXPECT_EQ(2u, parse(kBrokenTuning).getProfiles().size());
     EXPECT_EQ(2, mParser->getNumOfProfiles());
     EXPECT_EQ("Second", mParser->getProfileName(4));
-}
-
-// Without technologies the virtual-bass type is 1.
-TEST_F(ATuningFile, ReadsAnUnknownProfileEndpointAsOther) {
-    ProfileEndpoint* endpoint = only(parse(kBrokenTuning).getProfileEndpoints());
+    ProfileEndpoint* endpoint = only(data.getProfileEndpoints());
     ASSERT_NE(nullptr, endpoint);
     EXPECT_EQ(Endpoint::OTHER, endpoint->getEndpoint());
     EXPECT_EQ(V{1}, at(endpoint, P::VIRTUAL_BASS_TYPE));
 }
 
-TEST_F(ATuningFile, KeepsTheParsersDataWhenTheNextFileFails) {
+// Each file read adds to the records; a file that fails leaves the data as it was.
+TEST_F(ATuningFile, AddsToTheRecordsOfTheFileBeforeAndKeepsThemWhenTheNextFails) {
     TuningFileParser parser;
     EXPECT_EQ(-22, parser.setTuningFile(mDir.path() + "/missing.xml"));
     EXPECT_FALSE(parser.isParsed() || parser.getDeviceData());
     ASSERT_EQ(0, parser.setTuningFile(writeDocument(kRecords)));
-    parser.getDeviceData()->setSignature("123");
+    ASSERT_EQ(0, parser.setTuningFile(writeDocument(kRecords)));
+    DeviceData* data = parser.getDeviceData();
     EXPECT_EQ(-22, parser.setTuningFile(writeFile("<a>\n<b>\n</a>\n", "bad.xml")));
-    EXPECT_EQ("123", parser.getDeviceData()->getSignature()) << "the same data object";
-}
-
-TEST_F(ATuningFile, AddsToTheRecordsOfTheFileBeforeIt) {
-    TuningFileParser parser;
-    ASSERT_EQ(0, parser.setTuningFile(writeDocument(kRecords)));
-    ASSERT_EQ(0, parser.setTuningFile(writeDocument(kRecords)));
-    EXPECT_EQ(2u, parser.getDeviceData()->getTunings().size());
-    EXPECT_EQ(2u, parser.getDeviceData()->getDeviceTunings().size());
+    ASSERT_EQ(data, parser.getDeviceData()) << "the same data object";
+    EXPECT_EQ(2u, data->getTunings().size());
+    EXPECT_EQ(2u, data->getDeviceTunings().size());
 }
 
 // Substrings, tested in the order off, balanced, warm, detailed.
@@ -165,6 +144,22 @@ TEST(TheIeqPresetNames, NameTheFirstTypeTheyContainOrOffWithAnErrorLine) {
     }
     EXPECT_EQ((V{0, 0, 3, 1, 2, 0, 0, 0, 0}), types);
     EXPECT_EQ(4u, log.count(kTag, "name is invalid, 286")) << "one for each of the last four";
+}
+
+// Only an endpoint whose IEQ is disabled is forced to "off"; one without any
+// IEQ value (absent or empty) keeps its preset and gains no entry.
+TEST(TheParsedData, ForcesTheOffPresetOnlyWhereIeqIsDisabled) {
+    std::vector<ProfileEndpoint> endpoints(4, {0, Endpoint::SPEAKER, PresetType::WARM});
+    endpoints[0].set(P::IEQ_ENABLE, {0});
+    endpoints[1].set(P::IEQ_ENABLE, {1});
+    endpoints[3].set(P::IEQ_ENABLE, {});
+    DeviceData data;
+    for (ProfileEndpoint& e : endpoints) data.getProfileEndpoints().insert(&e);
+    data.validateData();
+    V presets;
+    for (const ProfileEndpoint& e : endpoints) presets.push_back(int(e.getSelectedIeqPreset()));
+    EXPECT_EQ((V{0, 3, 3, 3}), presets);
+    EXPECT_EQ(0u, endpoints[2].values().count(P::IEQ_ENABLE));
 }
 
 class TheSampleDefaultFile : public TuningTest {
@@ -184,13 +179,6 @@ class TheSampleDefaultFile : public TuningTest {
         for (GeqPreset* p : mData->getGeqPresets()) mPresets[10 + p->getProfileId()] = p;
     }
 
-    // The sample files parse without a warning or an error.
-    void expectQuietLog() const {
-        for (const LogCapture::Line& l : mLog.lines()) {
-            EXPECT_LT(l.priority, ANDROID_LOG_WARN) << l.message;
-        }
-    }
-
     std::string mText;
     TuningFileParser mParser;
     DeviceData* mData = nullptr;
@@ -200,8 +188,9 @@ class TheSampleDefaultFile : public TuningTest {
     std::map<int, ParameterValues*> mPresets;
 };
 
-TEST_F(TheSampleDefaultFile, ParsesQuietlyIntoEveryRecord) {
-    expectQuietLog();
+// It uses every setter, and each is found under its own name.
+TEST_F(TheSampleDefaultFile, ParsesQuietlyIntoEveryRecordThroughEverySetter) {
+    for (const auto& l : mLog.lines()) EXPECT_LT(l.priority, ANDROID_LOG_WARN) << l.message;
     EXPECT_EQ("3.3.0", mData->getFormatVersion());
     EXPECT_EQ(4u, mData->getIeqPresets().size());
     EXPECT_EQ(5u, mData->getGeqPresets().size());
@@ -214,9 +203,6 @@ TEST_F(TheSampleDefaultFile, ParsesQuietlyIntoEveryRecord) {
     for (DeviceTuning* d : mData->getDeviceTunings()) {
         EXPECT_EQ(1u, mTunings.count(d->getTuning())) << d->getDevice();
     }
-}
-
-TEST_F(TheSampleDefaultFile, UsesEverySetterWhichIsFoundUnderItsOwnName) {
     SetterCollection collection;
     ASSERT_EQ(81u, SetterCollection::kAllValueSetters.size());
     for (ValueSetter* setter : SetterCollection::kAllValueSetters) {

@@ -1,11 +1,52 @@
+#include <climits>
 #include <map>
+#include <sstream>
 
 #include "TuningTestSupport.h"
+#include "model/StringUtils.h"
+#include "tuning/NodeParseUtils.h"
 
 namespace vessa::test {
 namespace {
 
 using Values = std::map<int, V>;
+
+using ATagIterator = TuningTest;
+using S = std::vector<std::string>;
+const char* const kTag = "TagIterator";
+
+// An empty path is refused before libxml2 is asked, with a line of its own.
+TEST_F(ATagIterator, RefusesAnEmptyPathOrAnUnreadableFileAndThenReadsNoNode) {
+    const S paths = {"",
+                     mDir.path() + "/missing.xml",
+                     writeFile("", "empty.xml"),
+                     writeFile("gain=3\n", "text.xml"),
+                     writeFile("<?xml version='1.0'?>\n<!-- no root -->\n", "noroot.xml"),
+                     writeFile("<root>\n  <a value='1'/>\n  <b", "truncated.xml")};
+    for (const std::string& path : paths) {
+        TagIterator it;
+        EXPECT_EQ(-22, it.init(path)) << path;
+        S out = {"kept"};
+        it.parseNodeAll(out);
+        EXPECT_EQ(S{"kept"}, out);
+    }
+    EXPECT_TRUE(mLog.contains(ANDROID_LOG_ERROR, kTag, "Invalide xml file path, 40"));
+    EXPECT_EQ(paths.size() - 1, mLog.count(kTag, "fail to call xmlReadFile,  46"));
+    EXPECT_EQ(paths.size(), mLog.count(kTag, "Invalid node when parsing String vector."));
+}
+
+// A second init frees the first document (checked by the leak sanitizer).
+TEST_F(ATagIterator, StandsOnNoNodeInAChildlessRootAndCannotMoveOn) {
+    TagIterator it;
+    ASSERT_EQ(0, it.init(writeDocument("<first/>")));
+    ASSERT_EQ(0, it.init(writeFile("<root major='3'/>", "childless.xml")));
+    EXPECT_FALSE(it.isCurValid());
+    EXPECT_EQ("", it.getNodeName());
+    it.childrenNext();
+    it.next();
+    EXPECT_FALSE(it.isCurValid());
+    EXPECT_EQ(0, NodeParseUtils::parseValue(it));
+}
 
 // Each case is one element and every value its setter stores, by parameter number.
 const std::pair<std::string, Values> kElements[] = {
@@ -64,23 +105,44 @@ class EachValueSetter : public TuningTest {
     SetterCollection mCollection;
 };
 
-// Only the end of the IEQ bands is reported.
-TEST_F(EachValueSetter, FillsItsParametersInTheOrderOfTheFormat) {
-    for (const auto& [xml, expected] : kElements) EXPECT_EQ(expected, apply(xml)) << xml;
+// Only the end of the IEQ bands is reported. The setter leaves the iterator on its
+// element with an empty stack: a pop logs and moves nothing.
+TEST_F(EachValueSetter, FillsItsParametersInTheOrderOfTheFormatAndStaysOnItsElement) {
+    for (const auto& [xml, expected] : kElements) {
+        EXPECT_EQ(expected, apply(xml)) << xml;
+        const std::string name = mIt.getNodeName();
+        const size_t pops = mLog.count("TagIterator", "It's empty in node stack!");
+        mIt.popNode();
+        EXPECT_EQ(pops + 1, mLog.count("TagIterator", "It's empty in node stack!")) << name;
+        EXPECT_EQ(name, mIt.getNodeName());
+    }
     EXPECT_EQ(1u, mLog.count("ValueSetter", "No attribute band_ieq was found!"));
     EXPECT_TRUE(mLog.contains(ANDROID_LOG_INFO, "ValueSetter", "No attribute band_ieq was found!"));
 }
 
-// Its stack is left empty: a pop logs and moves nothing.
-TEST_F(EachValueSetter, LeavesTheIteratorOnItsElement) {
-    for (const auto& [xml, expected] : kElements) {
-        apply(xml);
-        const std::string name = mIt.getNodeName();
-        mLog.clear();
-        mIt.popNode();
-        EXPECT_EQ(1u, mLog.count("TagIterator", "It's empty in node stack!")) << name;
-        EXPECT_EQ(name, mIt.getNodeName());
+// Numbers in tuning files read exactly as formatted stream reads of an int do:
+// non-numeric text is 0, an overflow saturates, a list stops at what it cannot read.
+TEST(TheNumberReaders, ReadAsFormattedStreamReadsOfAnIntDo) {
+    std::istringstream cases(
+            "|12|-3|+7|\t\n-8|12abc|0x10|True|-|- 5|3.9|2147483647|2147483648|-2147483648|"
+            "-2147483649|99999999999999999999|1,,2|1, 2|1 ,2|5,x,6|1,99999999999,3|4 5,6,|,5");
+    for (std::string text; std::getline(cases, text, '|');) {
+        std::istringstream one(text);
+        int expected = 0;
+        one >> expected;
+        EXPECT_EQ(expected, string2Int(text)) << '"' << text << '"';
+
+        V expectedList = {-1};
+        std::istringstream list(text);
+        for (int value = 0; list >> value;) {
+            expectedList.push_back(value);
+            if (list.peek() == ',' || list.peek() == ' ') list.ignore();
+        }
+        V got = {-1};
+        string2IntVector(text, got);
+        EXPECT_EQ(expectedList, got) << '"' << text << "\" (appended, not replaced)";
     }
+    EXPECT_EQ(INT_MAX, string2Int("2147483648"));
 }
 
 }  // namespace
