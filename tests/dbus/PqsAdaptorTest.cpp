@@ -1,15 +1,16 @@
 #include <android/log.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <atomic>
 #include <future>
 #include <mutex>
 
-#include "MockPqs.h"
-#include "client/PqsClient.h"
 #include "PrivateBus.h"
+#include "client/PqsClient.h"
 #include "dbus/PqsServer.h"
 #include "platform/LogCapture.h"
+#include "service/VessaManagerService.h"
 
 namespace vessa::test {
 namespace {
@@ -17,22 +18,25 @@ namespace {
 using ::testing::_;
 using ::testing::NiceMock;
 using ::testing::Return;
+using ::testing::StrictMock;
+using ::testing::Truly;
 using Bytes = std::vector<uint8_t>;
 using namespace std::chrono_literals;
 
-// Records each serviceDied: the cookie and the callbacks object it names.
-struct DeathRecorder : android::PqsDeathRecipient {
-    using Deaths = std::vector<std::pair<uint64_t, const void*>>;
-    void serviceDied(uint64_t cookie, const android::wp<android::IPqsCallbacks>& who) override {
-        std::lock_guard<std::mutex> guard(lock);
-        deaths.emplace_back(cookie, who.promote().get());
-    }
-    Deaths seen() {
-        std::lock_guard<std::mutex> guard(lock);
-        return deaths;
-    }
-    std::mutex lock;
-    Deaths deaths;
+// The service with the calls these tests script mocked; the real one answers the
+// rest (a fresh service: neutral answers).
+class MockPqs : public android::VessaManagerService {
+  public:
+    MOCK_METHOD(int, getAupParam, (const void*, uint32_t, void*, uint32_t), (override));
+    MOCK_METHOD(void, registerClient, (const android::sp<android::IPqsCallbacks>&, int, uint32_t),
+                (override));
+    MOCK_METHOD(void, unregisterClient, (const android::sp<android::IPqsCallbacks>&, int, uint32_t),
+                (override));
+};
+
+struct MockRecipient : android::PqsDeathRecipient {
+    MOCK_METHOD(void, serviceDied, (uint64_t, const android::wp<android::IPqsCallbacks>&),
+                (override));
 };
 
 class TheDBusFrontEnd : public ::testing::Test {
@@ -53,8 +57,6 @@ class TheDBusFrontEnd : public ::testing::Test {
         return captured;
     }
 
-    PqsClient::ServiceCalls& calls() { return client.service(); }
-
     TempDir dir;
     PrivateBus bus{dir.path()};
     android::sp<NiceMock<MockPqs>> service = new NiceMock<MockPqs>();
@@ -63,60 +65,29 @@ class TheDBusFrontEnd : public ::testing::Test {
     std::string error;
 };
 
-TEST_F(TheDBusFrontEnd, AupParamAnswerIsZeroFilledToTheAskedLengthAndBounded) {
-    const Bytes request = {0, 0, 0, 1, 108, 0, 0, 0, 2, 0, 0, 0};
-    EXPECT_CALL(*service, getAupParam(_, 12, _, 16))
-            .WillOnce([&request](const void* in, uint32_t, void* out, uint32_t) {
-                const int32_t answer = 7;
-                memcpy(out, &answer, sizeof(answer));
-                return memcmp(in, request.data(), request.size()) == 0 ? 0 : -5;
-            });
-    Bytes expected(16, 0);
-    expected[0] = 7;
-    EXPECT_EQ(std::make_tuple(0, expected), calls().getAupParam(request, 16));
-
-    // 64 KiB is the largest answer; one byte more is refused without asking the service.
+// What the service answers is zero-filled to the asked length (see the end-to-end
+// tests); 64 KiB is the largest answer, and one byte more is refused without
+// asking the service.
+TEST_F(TheDBusFrontEnd, AupParamAnswerIsBoundedTo64KiB) {
     EXPECT_CALL(*service, getAupParam(_, 0, _, 64 * 1024)).WillOnce(Return(-19));
-    EXPECT_EQ(-19, std::get<0>(calls().getAupParam({}, 64 * 1024)));
+    EXPECT_EQ(-19, std::get<0>(client.service().getAupParam({}, 64 * 1024)));
     LogCapture log;
-    EXPECT_EQ(std::make_tuple(-22, Bytes{}), calls().getAupParam(request, 64 * 1024 + 1));
+    EXPECT_EQ(std::make_tuple(-22, Bytes{}),
+              client.service().getAupParam({0, 0, 0, 1}, 64 * 1024 + 1));
     EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "PqsAdaptor",
                              "getAupParam: answer length 65537 refused"));
 }
 
-TEST_F(TheDBusFrontEnd, StoredParamsAreSortedByDeviceThenId) {
-    EXPECT_CALL(*service, getStoredParams(_, true, _))
-            .WillOnce([](android::KeyedVector<uint32_t, AupParamCache*>* out, bool, int* count) {
-                out->add(0, new AupParamCache(0x8, 5, {1}));
-                out->add(1, new AupParamCache(0x2, 9, {2, 3}));
-                out->add(2, new AupParamCache(0x2, 1, {}));
-                *count = 3;
-                return -5;
-            });
-    auto [status, entries] = calls().getStoredParams(true);
-    EXPECT_EQ(-5, status);
-    EXPECT_EQ((decltype(entries){{0x2u, 1u, {}}, {0x2u, 9u, {2, 3}}, {0x8u, 5u, {1}}}), entries);
-}
-
-TEST_F(TheDBusFrontEnd, ClientIsCalledBackAtItsPathAndSlashMeansNoCallbacks) {
+// Updates reach the client at its callbacks path (see the callbacks test below).
+TEST_F(TheDBusFrontEnd, ClientAndPathAreOneObjectToTheServiceAndSlashMeansNoCallbacks) {
     android::sp<android::IPqsCallbacks> callbacks = registerAndCapture(client, 3, 77);
     ASSERT_NE(nullptr, callbacks.get());
-    const Bytes blob = {0, 0, 0, 0, 5, 0, 0, 0, 5, 0, 0, 0};
-    EXPECT_TRUE(callbacks->onAupParamUpdate(blob.data(), blob.size()));
-    EXPECT_TRUE(callbacks->onAupParamUpdate(nullptr, 0));
-    for (const Bytes& expected : {blob, Bytes{}}) {
-        Bytes update{9};
-        EXPECT_TRUE(client.waitForUpdate([](const Bytes&) { return true; }, 5s, &update));
-        EXPECT_EQ(expected, update);
-    }
-
-    // The same client and path are the same object to the service.
     EXPECT_EQ(callbacks.get(), registerAndCapture(client, 4, 77).get());
     EXPECT_CALL(*service, unregisterClient(callbacks, 4, 77));
     client.unregisterClient();
 
     EXPECT_CALL(*service, registerClient(android::sp<android::IPqsCallbacks>(), 0, 5));
-    calls().registerClient(sdbus::ObjectPath("/"), 0, 5);
+    client.service().registerClient(sdbus::ObjectPath("/"), 0, 5);
 }
 
 TEST_F(TheDBusFrontEnd, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
@@ -125,8 +96,15 @@ TEST_F(TheDBusFrontEnd, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
     android::sp<android::IPqsCallbacks> leaving = registerAndCapture(*other, 0, 10);
     android::sp<android::IPqsCallbacks> staying = registerAndCapture(client, 0, 11);
     ASSERT_TRUE(leaving != nullptr && staying != nullptr);
-    android::sp<DeathRecorder> linked = new DeathRecorder(), unlinked = new DeathRecorder(),
-                               stayingDeath = new DeathRecorder();
+    // Strict: a death reported twice, or to another client's recipient, fails.
+    android::sp<StrictMock<MockRecipient>> linked = new StrictMock<MockRecipient>(),
+                                           unlinked = new StrictMock<MockRecipient>(),
+                                           stayingDeath = new StrictMock<MockRecipient>();
+    std::atomic<bool> died{false};
+    EXPECT_CALL(*linked, serviceDied(42, Truly([&leaving](const auto& who) {
+                                         return who.promote() == leaving;
+                                     })))
+            .WillOnce([&died] { died = true; });
     EXPECT_TRUE(leaving->linkToDeath(linked, 42));
     EXPECT_TRUE(leaving->linkToDeath(unlinked, 43));
     EXPECT_TRUE(leaving->unlinkToDeath(unlinked));
@@ -134,12 +112,9 @@ TEST_F(TheDBusFrontEnd, ClientLeavingTheBusIsReportedOnceToItsOwnRecipients) {
     EXPECT_TRUE(staying->linkToDeath(stayingDeath, 44));
 
     other.reset();  // closes its connection
-    ASSERT_TRUE(eventually([&] { return !linked->seen().empty(); }));
+    ASSERT_TRUE(eventually([&] { return died.load(); }));
     // Requests and the death watch share one thread: after this answer it is done.
-    calls().getIntParam(0);
-    EXPECT_EQ((DeathRecorder::Deaths{{42, leaving.get()}}), linked->seen());
-    EXPECT_TRUE(unlinked->seen().empty());
-    EXPECT_TRUE(stayingDeath->seen().empty());
+    client.service().getIntParam(0);
     const uint8_t bytes[] = {1};
     EXPECT_FALSE(leaving->onAupParamUpdate(bytes, 1));
     EXPECT_TRUE(staying->onAupParamUpdate(bytes, 1));

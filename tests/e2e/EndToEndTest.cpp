@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <regex>
+#include <tuple>
 
 #include "DaemonFixture.h"
 #include "dbus/PqsNames.h"
@@ -21,22 +23,18 @@ using namespace std::chrono_literals;
 
 class VessadAndItsClients : public DaemonFixture {};
 
-TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceAndHearEachChange) {
+// The watching client is a decoder: killed, it is removed from the table of
+// clients, and the same key can register again.
+TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceHearEachChangeAndGoWhenKilled) {
     startService();
-    ChildProcess watcher(ctlArgs({"--uid", "5000", "watch"}), dir);
+    ChildProcess watcher(ctlArgs({"--type", "2", "--uid", "1013", "watch"}), dir);
     ASSERT_TRUE(watcher.waitForOutput("clients changed\n")) << watcher.err();
-    std::unique_ptr<PqsClient> inProcess = connectClient();
-    inProcess->registerClient(0, 6000);
     EXPECT_THAT(ctl({"devices", "bluetooth"}), Not(HasSubstr("bt_neckband_x1")));
     root.installOem(root.sampleOem());
 
-    // Each command's answer, and what the watching client prints when called back.
-    struct Step {
-        Args args;
-        const char* answer;
-        const char* heard;
-    };
-    for (const Step& step : std::vector<Step>{
+    // Each command, its answer, and what the watching client prints when called back.
+    for (const auto& [args, answer, heard] :
+         std::vector<std::tuple<Args, const char*, const char*>>{
                  {{"off"}, "effect off\n", "effect off\n"},
                  {{"profile", "2"}, "profile 2 Music\n", "profile 2 selected\n"},
                  // Out of range: the service clamps what it stores, but echoes the request.
@@ -54,24 +52,13 @@ TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceAndHearEachCha
                  {{"select", "bluetooth", "bt_neckband_x1"},
                   "port 4 bluetooth: bt_neckband_x1\n",
                   "tuning device selected: bt_neckband_x1\n"}}) {
-        EXPECT_EQ(step.answer, ctl(step.args));
-        EXPECT_TRUE(watcher.waitForOutput(step.heard)) << step.heard << "missing in:\n"
-                                                       << watcher.out();
+        EXPECT_EQ(answer, ctl(args));
+        EXPECT_TRUE(watcher.waitForOutput(heard)) << heard << "missing in:\n" << watcher.out();
     }
-    // The in-process client got the applied blob, word 1 holding the selected profile.
-    Bytes update;
-    ASSERT_TRUE(inProcess->waitForUpdate(
-            [](const Bytes& b) {
-                return PqsProtocol::readUpdate(b).kind == client::Update::Kind::PROFILE_SELECTED;
-            },
-            5s, &update));
-    EXPECT_EQ(2, PqsProtocol::readUpdate(update).answer);
-
     EXPECT_THAT(ctl({"status"}),
                 AllOf(HasSubstr("effect   off\n"), HasSubstr("profile  2 Music (5 profiles)\n")));
     EXPECT_THAT(ctl({"dump"}),
                 AllOf(HasSubstr("ZAN Status : off\n"), HasSubstr("Profile ID : 2\n")));
-    EXPECT_THAT(ctl({"devices", "internal_speaker"}), HasSubstr("* internal_speaker_quad\n"));
     ChildProcess::Result unknown = run(ctlArgs({"select", "bluetooth", "no_such_device"}));
     EXPECT_EQ(1, unknown.exitCode);
     EXPECT_THAT(unknown.err, HasSubstr("is not one of its tuning devices"));
@@ -81,53 +68,17 @@ TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceAndHearEachCha
     EXPECT_THAT(ctl({"store"}), HasSubstr("0x2 DEON 0\n"));
     EXPECT_EQ("", ctl({"store", "--pending"}));
 
-    inProcess.reset();
-    EXPECT_EQ(0, watcher.stop(SIGINT)) << watcher.err();
-    EXPECT_EQ(0, stopService()) << vessad->err();
-}
-
-TEST_F(VessadAndItsClients, KilledDecoderClientIsRemoved) {
-    startService();
     std::unique_ptr<PqsClient> probe = connectClient();
     auto intParam = [&probe](const char(&code)[5]) {
         return probe->service().getIntParam(client::fourCC(code));
     };
-    EXPECT_EQ(0, intParam("DCCP"));
-    ChildProcess decoder(ctlArgs({"--type", "2", "--uid", "1013", "watch"}), dir);
-    ASSERT_TRUE(decoder.waitForOutput("clients changed\n")) << decoder.err();
     EXPECT_EQ(1, intParam("DCCP"));
-    EXPECT_EQ(2, intParam("LCTP"));
-
-    decoder.stop(SIGKILL);
+    watcher.stop(SIGKILL);
     EXPECT_TRUE(eventually([&] { return intParam("DCCP") == 0; })) << vessad->err();
     EXPECT_EQ(2, intParam("LCTP"));
-    // The dead client is out of the table: the same key can register again.
-    probe->registerClient(2, 1013);
+    probe->registerClient(2, 1013);  // counted only if the key is free
     EXPECT_EQ(1, intParam("DCCP"));
-    EXPECT_THAT(vessad->err(), Not(HasSubstr("register uid already existing")));
-}
-
-TEST_F(VessadAndItsClients, StatePersistsAcrossARestartAndOneDaemonServesTheBus) {
-    ChildProcess::Result missing = run(ctlArgs({"status"}));
-    EXPECT_EQ(1, missing.exitCode);
-    EXPECT_THAT(missing.err, HasSubstr("is not running on the bus at"));
-    ChildProcess::Result typo = run(ctlArgs({"stauts"}));
-    EXPECT_EQ(2, typo.exitCode);
-    EXPECT_THAT(typo.err, HasSubstr("unknown command 'stauts'"));
-
-    startService();
-    ChildProcess::Result second = run(vessadArgs(bus));
-    EXPECT_EQ(1, second.exitCode);
-    EXPECT_THAT(second.err, HasSubstr("the name has an owner already"));
-    ctl({"off"});
-    ctl({"profile", "3"});
-    // A game client leaving does not save; the daemon's clean stop must.
-    ASSERT_EQ("115 reverb-suppression-amount: 7\n", ctl({"--type", "7", "set", "3", "115", "7"}));
-    ASSERT_EQ(0, stopService()) << vessad->err();
-
-    startService();
-    EXPECT_THAT(ctl({"status"}), AllOf(HasSubstr("effect   off\n"), HasSubstr("profile  3 Voice")));
-    EXPECT_EQ("115 reverb-suppression-amount: 7\n", ctl({"get", "3", "115"}));
+    EXPECT_EQ(0, stopService()) << vessad->err();
 }
 
 // Resident memory of a process, in kB (0 when unknown).
@@ -173,26 +124,30 @@ TEST_F(VessadAndItsClients, ARegistrationFloodIsCappedAndCallbacksToOthersKeepFl
     EXPECT_LT(residentKb(vessad->pid()) - before, 64 * 1024);
     // The refusals were logged, but not one line each.
     std::string log = vessad->err();
-    size_t lines = 0;
-    for (size_t at = log.find("refused: "); at != std::string::npos;
-         at = log.find("refused: ", at + 1)) {
-        ++lines;
-    }
-    EXPECT_GE(lines, 1u);
-    EXPECT_LT(lines, 10u);
+    std::regex refusal("refused: ");
+    auto lines = std::distance(std::sregex_iterator(log.begin(), log.end(), refusal), {});
+    EXPECT_GE(lines, 1);
+    EXPECT_LT(lines, 10);
     EXPECT_EQ(0, stopService()) << vessad->err();
 }
 
-// busctl, a client we did not write, and bad input: each call gets a neutral
-// answer or a D-Bus error, and the service goes on.
-TEST_F(VessadAndItsClients, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServiceStaysUp) {
+// A second vessad may not serve the same bus. busctl, a client we did not write,
+// and bad input: each call gets a neutral answer or a D-Bus error, and the service
+// goes on. A game client leaving does not save; the daemon's clean stop must.
+TEST_F(VessadAndItsClients, OneDaemonServesTheBusAnswersAnyClientOrBadInputAndSavesWhenStopped) {
+    ChildProcess::Result missing = run(ctlArgs({"status"}));
+    EXPECT_EQ(1, missing.exitCode);
+    EXPECT_THAT(missing.err, HasSubstr("is not running on the bus at"));
+    ChildProcess::Result typo = run(ctlArgs({"stauts"}));
+    EXPECT_EQ(2, typo.exitCode);
+    EXPECT_THAT(typo.err, HasSubstr("unknown command 'stauts'"));
     startService();
-    struct Call {
-        Args args;
-        std::string output;  // busctl's output, or the start of its error
-    };
-    auto check = [this](const std::vector<Call>& calls) {
-        for (const Call& call : calls) {
+    ChildProcess::Result second = run(vessadArgs(bus));
+    EXPECT_EQ(1, second.exitCode);
+    EXPECT_THAT(second.err, HasSubstr("the name has an owner already"));
+    // Each call, and busctl's output or the start of its error.
+    auto check = [this](const std::vector<std::pair<Args, std::string>>& calls) {
+        for (const auto& [args, output] : calls) {
             Args argv = {"/usr/bin/busctl",
                          "--address=" + bus.address(),
                          "call",
@@ -200,39 +155,34 @@ TEST_F(VessadAndItsClients, BusctlAndBadInputGetNeutralAnswersOrErrorsAndTheServ
                          kPqsObjectPath,
                          PqsClient::ServiceCalls::INTERFACE_NAME,
                          "--"};
-            argv.insert(argv.end(), call.args.begin(), call.args.end());
+            argv.insert(argv.end(), args.begin(), args.end());
             ChildProcess::Result r = run(argv);
-            EXPECT_EQ(call.output, r.exitCode == 0 ? r.out : r.err.substr(0, r.err.find(" to ")))
-                    << call.args[0] << " " << call.args.back();
+            EXPECT_EQ(output, r.exitCode == 0 ? r.out : r.err.substr(0, r.err.find(" to ")))
+                    << args[0] << " " << args.back();
         }
     };
-    const std::string channelCount = std::to_string(client::fourCC("CHCT"));
     // Before any client registered.
-    check({{{"getIntParam", "u", channelCount}, "x 2\n"},
-           {{"getProfileName", "i", "1"}, "s \"\"\n"},
-           {{"setAupParam", "ay", "4", "0", "0", "0", "1"}, "i -19\n"},
+    check({{{"getProfileName", "i", "1"}, "s \"\"\n"},
            {{"getStoredParams", "b", "true"}, "ia(uuai) 0 0\n"},
-           {{"getIntParam", "s", "CHCT"}, "Call failed: Invalid arguments 's'"},
            {{"setAupParam", "i", "5"}, "Call failed: Invalid arguments 'i'"}});
-    ctl({"status"});  // the first registered client starts the manager
+    // The first registered client starts the manager.
+    ASSERT_EQ("115 reverb-suppression-amount: 7\n", ctl({"--type", "7", "set", "3", "115", "7"}));
     check({{{"getProfileName", "i", "1"}, "s \"Movie\"\n"},
-           {{"getProfileName", "i", "-3"}, "s \"\"\n"},
            {{"getAvailableTuningDevicesLen", "i", "-1"}, "i 0\n"},
            {{"getAvailableTuningDevices", "ii", "99", "3"}, "ay 3 0 0 0\n"},
            {{"getAvailableTuningDevices", "ii", "0", "-5"}, "ay 0\n"},
            {{"getAvailableTuningDevices", "ii", "0", "1073741824"}, "ay 0\n"},
            {{"getSelectedTuningDevice", "i", "7"}, "s \"\"\n"},
            {{"setSelectedTuningDevice", "iay", "-1", "1", "120"}, ""},
-           {{"setSelectedTuningDevice", "iay", "0", "0"}, ""},
-           {{"getAupParam", "ayu", "0", "2147483648"}, "iay -22 0\n"},
            // A short request reads as zeros: command 0, the on/off state.
            {{"getAupParam", "ayu", "2", "0", "0", "8"}, "iay 0 8 1 0 0 0 0 0 0 0\n"},
            {{"setAupParam", "ay", "5", "0", "0", "0", "1", "9"}, "i 0\n"},
            {{"setParam", "uuai", "2", std::to_string(client::fourCC("DEON")), "0"}, "i 0\n"},
-           {{"commitChange"}, "i 0\n"}});
-    EXPECT_EQ(-22, connectClient()->service().setAupParam(Bytes(64 * 1024 + 4, 0)));
-    check({{{"getIntParam", "u", channelCount}, "x 2\n"}});
-    EXPECT_EQ(0, stopService()) << vessad->err();
+           {{"commitChange"}, "i 0\n"},
+           {{"getIntParam", "u", std::to_string(client::fourCC("CHCT"))}, "x 2\n"}});
+    ASSERT_EQ(0, stopService()) << vessad->err();
+    startService();
+    EXPECT_EQ("115 reverb-suppression-amount: 7\n", ctl({"get", "3", "115"}));
 }
 
 // The system-bus policy in etc/ on a daemon with the system bus's default rules:

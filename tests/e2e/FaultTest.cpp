@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "DaemonFixture.h"
+#include "vessa/Client.h"
 
 namespace vessa::test {
 namespace {
@@ -24,14 +25,11 @@ class VessadUnderFaults : public DaemonFixture {
     const std::string database = dir + "/data/vendor/vessa/zan_sqlite3.db";
 
     // Dialog enhancer amount (108) of profiles 1 and 2, as a decoder client reads them
-    // (a decoder's leaving saves nothing).
+    // (a decoder's leaving saves nothing); -1 when unread.
     std::pair<int32_t, int32_t> amounts() {
-        std::unique_ptr<PqsClient> reader = connectClient();
-        reader->registerClient(1, 9000);
+        auto reader = client::Client::connect(bus.address(), {1, 9000});
         auto amount = [&](int profile) {
-            auto [status, out] = reader->service().getAupParam(
-                    PqsProtocol::query(PqsProtocol::kQueryParameter, profile, 108), 4);
-            return PqsProtocol::word(out.data(), out.size(), 0);
+            return reader ? reader.value().setting(profile, 108).valueOr({-1}).at(0) : -1;
         };
         return {amount(1), amount(2)};
     }
@@ -86,9 +84,7 @@ TEST_F(VessadUnderFaults, LosingTheBusSavesAndExitsOne) {
             run({VESSACTL_PATH, "--bus", lost->address(), "--type", "7", "set", "2", "108", "9"});
     ASSERT_EQ(0, set.exitCode) << set.err;
     lost.reset();  // the bus daemon is killed
-    int status = -1;
-    ASSERT_TRUE(daemon.wait(10s, &status)) << daemon.err();
-    EXPECT_EQ(1, status);
+    EXPECT_EQ(1, daemon.stop(0)) << daemon.err();
     EXPECT_THAT(daemon.err(), HasSubstr("): saving and exiting\n"));
     EXPECT_THAT(daemon.err(), Not(HasSubstr("terminate called")));
 
@@ -176,9 +172,7 @@ TEST_F(VessadUnderFaults, WatchSaysWhenTheServiceLeavesAndFollowsItBack) {
     ASSERT_TRUE(plain.waitForOutput("clients changed\n")) << plain.err();
     ASSERT_TRUE(follow.waitForOutput("clients changed\n")) << follow.err();
     ASSERT_EQ(0, stopService());
-    int status = -1;
-    ASSERT_TRUE(plain.wait(10s, &status));
-    EXPECT_EQ(1, status);
+    EXPECT_EQ(1, plain.stop(0));
     EXPECT_THAT(plain.err(), HasSubstr("vessactl: the vessa service left the bus\n"));
 
     startService();

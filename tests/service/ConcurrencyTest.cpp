@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,74 +34,44 @@ vessa::test::SampleRootEnvironment* const gEnvironment = &test::serviceRoot();
 constexpr int kProfiles = 5;
 constexpr int kPorts = 6;
 constexpr int kPreset = SettingsTable::kIeqPreset;
+constexpr int kReverb = SettingsTable::kReverbSuppression;
 
-class ConcurrentClients : public AFreshService {
-  protected:
-    // Runs every body on its own thread, in a loop, until the time is up;
-    // returns how many rounds each made.
-    static std::vector<int> runTogether(const std::vector<std::function<void(int)>>& bodies,
-                                        std::chrono::milliseconds duration) {
-        std::atomic<bool> stop{false};
-        std::vector<int> rounds(bodies.size(), 0);
-        std::vector<std::thread> threads;
-        for (size_t i = 0; i < bodies.size(); ++i) {
-            threads.emplace_back([&, i] {
-                for (int round = 0; !stop; ++round, ++rounds[i]) bodies[i](round);
-            });
-        }
-        std::this_thread::sleep_for(duration);
-        stop = true;
-        for (std::thread& t : threads) t.join();
-        return rounds;
-    }
-
-    // The IEQ preset as a profile-wide or a port query reads it.
-    int32_t readPreset(int profile, int port) {
-        return ask(port < 0 ? PqsProtocol::query(PqsProtocol::kQueryParameter, profile, kPreset)
-                            : PqsProtocol::portQuery(profile, port, kPreset))[0];
-    }
-};
+class ConcurrentClients : public AFreshService {};
 
 TEST_F(ConcurrentClients, InitialiseTheManagerOnceWhenTheyRegisterAtOnce) {
     vessa::AupParamStore& store = vessa::AupParamStore::getInstance();
     for (int attempt = 0; attempt < 10; ++attempt) {
-        sp<VessaManagerService> fresh = new VessaManagerService();
+        service = new VessaManagerService();
         sp<FakeClient> a = new FakeClient(), b = new FakeClient();
         std::atomic<int> ready{0};
         auto registerOne = [&](const sp<FakeClient>& client, uint32_t uid) {
             ++ready;
             while (ready < 2) {
             }
-            fresh->registerClient(client, 0, uid);
+            service->registerClient(client, 0, uid);
         };
         std::thread first(registerOne, a, 10), second(registerOne, b, 20);
         first.join();
         second.join();
         ASSERT_TRUE(a->waitForUpdates(1) && b->waitForUpdates(1));
-        // One controller observes the context: a profile-wide change is one batch.
+        // One controller observes the context: a change of the selected profile is
+        // one batch for the effect.
         uint64_t commits = store.getCommitCount();
-        // A change of the selected profile reaches the effect.
-        int32_t profile = -1, current = -1;
-        Bytes in = PqsProtocol::query(PqsProtocol::kQuerySelectedProfile);
-        fresh->getAupParam(in.data(), in.size(), &profile, sizeof(profile));
-        in = PqsProtocol::query(PqsProtocol::kQueryParameter, profile,
-                                SettingsTable::kReverbSuppression);
-        fresh->getAupParam(in.data(), in.size(), &current, sizeof(current));
-        Bytes change = PqsProtocol::setParameter(profile, SettingsTable::kReverbSuppression,
-                                                 {current == 0 ? 1 : 0});
+        int32_t profile = askWord(PqsProtocol::kQuerySelectedProfile);
+        int32_t current = askWord(PqsProtocol::kQueryParameter, profile, kReverb);
+        Bytes change = PqsProtocol::setParameter(profile, kReverb, {current == 0 ? 1 : 0});
         size_t seen = a->updateCount();
-        fresh->setAupParam(change.data(), change.size());
+        service->setAupParam(change.data(), change.size());
         ASSERT_TRUE(a->waitForUpdate(change, seen));
         EXPECT_EQ(commits + 1, store.getCommitCount()) << "attempt " << attempt;
-        fresh->unregisterClient(a, 0, 10);
-        fresh->unregisterClient(b, 0, 20);
+        service->unregisterClient(a, 0, 10);
+        service->unregisterClient(b, 0, 20);
     }
 }
 
 TEST_F(ConcurrentClients, AlwaysGetAnswersInRangeWhileEveryKindOfRequestRuns) {
     sp<FakeClient> ui = new FakeClient();
-    service->registerClient(ui, 0, 100);
-    ASSERT_TRUE(ui->waitForUpdates(1));
+    registerAndSettle(ui, 0, 100);
     gEnvironment->root->installOem(gEnvironment->root->sampleOem());
     service->setIntParam(static_cast<uint32_t>(IntCode::RELOAD_TUNING), 0);
 
@@ -111,9 +82,8 @@ TEST_F(ConcurrentClients, AlwaysGetAnswersInRangeWhileEveryKindOfRequestRuns) {
         lengths[port] = service->getAvailableTuningDevicesLen(port);
         std::string names(static_cast<size_t>(lengths[port]), '\0');
         service->getAvailableTuningDevices(port, names.data(), lengths[port]);
-        for (size_t at = 0, end; (end = names.find(' ', at)) != std::string::npos; at = end + 1) {
-            devices[port].insert(names.substr(at, end - at));
-        }
+        std::istringstream words(names);
+        for (std::string name; words >> name;) devices[port].insert(name);
         ASSERT_FALSE(devices[port].empty()) << port;
     }
     std::vector<std::string> names;
@@ -121,7 +91,9 @@ TEST_F(ConcurrentClients, AlwaysGetAnswersInRangeWhileEveryKindOfRequestRuns) {
 
     auto reader = [&](int round) {
         int profile = round % kProfiles;
-        int32_t preset = readPreset(profile, round % 2 == 0 ? -1 : round % 7);
+        int32_t preset = ask(
+                round % 2 == 0 ? PqsProtocol::query(PqsProtocol::kQueryParameter, profile, kPreset)
+                               : PqsProtocol::portQuery(profile, round % 7, kPreset))[0];
         EXPECT_TRUE(preset >= 0 && preset <= 3) << preset;
         int port = round % kPorts;
         EXPECT_EQ(1u, devices[port].count(service->getSelectedTuningDevice(port)));
@@ -170,8 +142,20 @@ TEST_F(ConcurrentClients, AlwaysGetAnswersInRangeWhileEveryKindOfRequestRuns) {
         EXPECT_EQ(0u, text.find("VessaManagerService Information dump:\nZAN Status : ")) << text;
         EXPECT_EQ(6, std::count(text.begin(), text.end(), '\n')) << text;
     };
-    std::vector<int> rounds =
-            runTogether({reader, reader, writer, reloader, registrar, dumper}, 2s);
+    // Every body on its own thread, in a loop, for two seconds.
+    const std::vector<std::function<void(int)>> bodies = {reader,   reader,    writer,
+                                                          reloader, registrar, dumper};
+    std::atomic<bool> stop{false};
+    std::vector<int> rounds(bodies.size(), 0);
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < bodies.size(); ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; !stop; ++round, ++rounds[i]) bodies[i](round);
+        });
+    }
+    std::this_thread::sleep_for(2s);
+    stop = true;
+    for (std::thread& t : threads) t.join();
     for (size_t i = 0; i < rounds.size(); ++i) EXPECT_GT(rounds[i], 0) << "thread " << i;
 
     // The queue drains, and the last change is the state.

@@ -19,17 +19,12 @@ class FakeClient : public IPqsCallbacks {
         mChanged.notify_all();
         return !mFailSends;
     }
-    bool linkToDeath(const sp<PqsDeathRecipient>& recipient, uint64_t cookie) override {
+    bool linkToDeath(const sp<PqsDeathRecipient>& recipient, uint64_t) override {
         std::lock_guard<std::mutex> guard(mLock);
         mRecipient = recipient;
-        mCookie = cookie;
         return true;
     }
-    bool unlinkToDeath(const sp<PqsDeathRecipient>&) override {
-        std::lock_guard<std::mutex> guard(mLock);
-        mRecipient.clear();
-        return true;
-    }
+    bool unlinkToDeath(const sp<PqsDeathRecipient>&) override { return linkToDeath(nullptr, 0); }
 
     // Waits until `count` updates arrived in all; false on time-out.
     bool waitForUpdates(size_t count) {
@@ -54,18 +49,10 @@ class FakeClient : public IPqsCallbacks {
         std::lock_guard<std::mutex> guard(mLock);
         return mUpdates.size();
     }
-    // The client's process goes away.
-    void die() {
-        sp<PqsDeathRecipient> recipient;
-        {
-            std::lock_guard<std::mutex> guard(mLock);
-            recipient = mRecipient.promote();
-        }
-        if (recipient != nullptr) recipient->serviceDied(mCookie, this);
-    }
-    bool linked() {
+    // The death recipient the service linked, if any.
+    sp<PqsDeathRecipient> recipient() {
         std::lock_guard<std::mutex> guard(mLock);
-        return mRecipient.promote() != nullptr;
+        return mRecipient.promote();
     }
     void failSends(bool fail) { mFailSends = fail; }
 
@@ -74,7 +61,6 @@ class FakeClient : public IPqsCallbacks {
     std::condition_variable mChanged;
     std::vector<std::vector<uint8_t>> mUpdates;
     wp<PqsDeathRecipient> mRecipient;
-    uint64_t mCookie = 0;
     bool mFailSends = false;
 };
 
