@@ -117,6 +117,8 @@ void CallbackSender::run() {
         } catch (const std::exception& e) {
             ALOGE("the callback connection failed: %s; updates to clients are dropped", e.what());
             std::lock_guard<std::mutex> guard(mLock);
+            // The stop's wake-up may be spent already: waiting now would be for ever.
+            if (mStopping) return;
             broken = mBroken = true;
             mQueue.clear();
             mQueuedBytes = 0;
