@@ -53,20 +53,23 @@ install(FILES etc/multimedia_vessa_zan_default.xml etc/zan-extra.xml
         DESTINATION ${CMAKE_INSTALL_DATADIR}/vessa COMPONENT runtime)
 
 # Documentation: man pages (compressed, as Debian ships them) and shell completion.
-set(man_pages vessad.8 vessactl.1)
+# vessactl's page and completion are generated from its command table.
+set(generated ${CMAKE_BINARY_DIR}/generated)
 set(man_outputs)
-foreach(page IN LISTS man_pages)
+foreach(source ${VESSA_DIST_DIR}/man/vessad.8 ${generated}/vessactl.1)
+    get_filename_component(page ${source} NAME)
     set(out ${CMAKE_CURRENT_BINARY_DIR}/man/${page}.gz)
     add_custom_command(OUTPUT ${out}
         COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/man
-        COMMAND sh -c "gzip -9nc \"$1\" > \"$2\"" gzip ${VESSA_DIST_DIR}/man/${page} ${out}
-        DEPENDS ${VESSA_DIST_DIR}/man/${page} VERBATIM)
+        COMMAND sh -c "gzip -9nc \"$1\" > \"$2\"" gzip ${source} ${out}
+        DEPENDS ${source} VERBATIM)
     list(APPEND man_outputs ${out})
     string(REGEX REPLACE ".*\\." "" section ${page})
     install(FILES ${out} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT runtime)
 endforeach()
 add_custom_target(vessa_man ALL DEPENDS ${man_outputs})
-install(FILES ${VESSA_DIST_DIR}/vessactl.bash-completion
+add_dependencies(vessa_man vessactl_docs)
+install(FILES ${generated}/vessactl.bash-completion
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vessactl
         COMPONENT runtime)
 

@@ -115,6 +115,14 @@ class VESSA_EXPORT Client {
     static int findPort(const std::string& text);
     // "port 3 headphone".
     static std::string describePort(int port);
+    // The endpoint kind a port's output is tuned as: "speaker", "headphone" or "other".
+    static const char* portEndpoint(int port);
+    // The one endpoint a FIXED_ENDPOINT setting applies to ("headphone" for 101); null
+    // for any other setting.
+    static const char* settingEndpoint(int id);
+    // The port name of an output-device bit of the store ("headphone" for 0x8),
+    // "default" for the profile-wide entries (0x40000000), else the bit in hex.
+    static std::string describeDevice(uint32_t device);
     // "1 2 3".
     static std::string describeValues(const std::vector<int32_t>& values);
     // "the session bus", "the system bus" or "the bus at ADDRESS".

@@ -5,12 +5,14 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "client/PqsClient.h"
 #include "dbus/BusConnection.h"
 #include "dbus/PqsNames.h"
+#include "effect/AupContext.h"
 #include "effect/AupParameter.h"
 #include "model/Vocabulary.h"
 #include "protocol/PqsProtocol.h"
@@ -472,6 +474,26 @@ int Client::findPort(const std::string& text) {
 
 std::string Client::describePort(int port) {
     return "port " + std::to_string(port) + " " + portName(port);
+}
+
+const char* Client::portEndpoint(int port) {
+    if (port < 0 || port >= kNumPorts) return "?";
+    return endpointName(endpointForPortName(portName(port)));
+}
+
+const char* Client::settingEndpoint(int id) {
+    const SettingsTable::Row* row = SettingsTable::find(id);
+    if (row == nullptr || row->setting.level != Setting::Level::FIXED_ENDPOINT) return nullptr;
+    return endpointName(row->endpoint);
+}
+
+std::string Client::describeDevice(uint32_t device) {
+    if (device == kDeviceOutDefault) return "default";
+    auto found = AupContext::kPortForDevice.find(device);
+    if (found != AupContext::kPortForDevice.end()) return portName(static_cast<int>(found->second));
+    char hex[16];
+    snprintf(hex, sizeof(hex), "0x%x", device);
+    return hex;
 }
 
 std::string Client::describeValues(const std::vector<int32_t>& values) {

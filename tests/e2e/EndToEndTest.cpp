@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <tuple>
 
@@ -27,7 +28,7 @@ class VessadAndItsClients : public DaemonFixture {};
 // clients, and the same key can register again.
 TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceHearEachChangeAndGoWhenKilled) {
     startService();
-    ChildProcess watcher(ctlArgs({"--type", "2", "--uid", "1013", "watch"}), dir);
+    ChildProcess watcher(ctlArgs({"--type", "2", "--uid", "1013", "watch", "--all"}), dir);
     ASSERT_TRUE(watcher.waitForOutput("clients changed\n")) << watcher.err();
     EXPECT_THAT(ctl({"devices", "bluetooth"}), Not(HasSubstr("bt_neckband_x1")));
     root.installOem(root.sampleOem());
@@ -39,7 +40,7 @@ TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceHearEachChange
                  {{"profile", "2"}, "profile 2 Music\n", "profile 2 selected\n"},
                  // Out of range: the service clamps what it stores, but echoes the request.
                  {{"set", "2", "108", "20"},
-                  "108 dialog-enhancer-amount: 16\n",
+                  "108 dialog-enhancer-amount: 16 (clamped to 0..16 from 20)\n",
                   "profile 2: 108 dialog-enhancer-amount = 20\n"},
                  {{"port-set", "2", "headphone", "105", "0"},
                   "105 dialog-enhancer (port 3 headphone): 0\n",
@@ -65,8 +66,10 @@ TEST_F(VessadAndItsClients, ClientsInOtherProcessesDriveTheServiceHearEachChange
     // The store lists the committed effect parameters by code.
     ctl({"on"});
     ctl({"set", "2", "105", "0"});
-    EXPECT_THAT(ctl({"store"}), HasSubstr("0x2 DEON 0\n"));
-    EXPECT_EQ("", ctl({"store", "--pending"}));
+    EXPECT_THAT(ctl({"store", "--raw"}), HasSubstr("0x2 DEON 0\n"));
+    EXPECT_THAT(ctl({"store"}),
+                AllOf(HasSubstr("internal_speaker (0x2):\n"), HasSubstr("\n  DEON  0\n")));
+    EXPECT_EQ("(the store is empty)\n", ctl({"store", "--pending"}));
 
     std::unique_ptr<PqsClient> probe = connectClient();
     auto intParam = [&probe](const char(&code)[5]) {
@@ -183,6 +186,54 @@ TEST_F(VessadAndItsClients, OneDaemonServesTheBusAnswersAnyClientOrBadInputAndSa
     ASSERT_EQ(0, stopService()) << vessad->err();
     startService();
     EXPECT_EQ("115 reverb-suppression-amount: 7\n", ctl({"get", "3", "115"}));
+}
+
+// Names in, what was stored out: clamped values say so, refused ones say why and exit 1,
+// usage errors exit 2 with a suggestion, and --json is what scripts read.
+TEST_F(VessadAndItsClients, VessactlSpeaksInNamesAndSaysWhatTheServiceDidWithAValue) {
+    startService();
+    auto status = [&](const Args& args) { return run(ctlArgs(args)); };
+    ChildProcess::Result clamped = status({"set", "music", "ieq-amount", "20"});
+    EXPECT_EQ(0, clamped.exitCode) << clamped.err;
+    EXPECT_EQ("107 ieq-amount: 16 (clamped to 0..16 from 20)\n", clamped.out);
+    // Decimal only: 010 is ten.
+    EXPECT_EQ("107 ieq-amount (port 3 headphone): 10\n",
+              ctl({"port-set", "Music", "headphone", "ieq-amount", "010"}));
+    for (const auto& [args, exitCode, message] : std::vector<std::tuple<Args, int, const char*>>{
+                 {{"port-set", "2", "headphone", "speaker-virtualizer", "1"},
+                  1,
+                  "not stored: speaker-virtualizer applies to the speaker endpoint only"},
+                 {{"profile", "9"}, 1, "profile 9 does not exist: the service has profiles 0 to 4"},
+                 {{"sttus"}, 2, "unknown command 'sttus' (did you mean 'status'?)"},
+                 {{"get", "Musik", "ieq-amount"}, 2, "(did you mean 'Music'?)"},
+                 {{"get", "2", "ieq-amout"}, 2, "(did you mean 'ieq-amount'?)"},
+                 {{"devices", "blutooth"}, 2, "(did you mean 'bluetooth'?)"},
+                 {{"set", "2", "ieq-amount", "0x10"}, 2, "'0x10' is not a decimal number"}}) {
+        ChildProcess::Result result = status(args);
+        EXPECT_EQ(exitCode, result.exitCode) << args[0] << ": " << result.err;
+        EXPECT_THAT(result.err, HasSubstr(message));
+    }
+    EXPECT_THAT(ctl({"port-get", "2", "headphone", "102"}), HasSubstr(": 0\n"));
+
+    // Options after the command, the bus from VESSA_BUS.
+    ChildProcess::Result json = run({"/usr/bin/env", "VESSA_BUS=" + bus.address(), VESSACTL_PATH,
+                                     "get", "Music", "geq-gains", "--json"});
+    ASSERT_EQ(0, json.exitCode) << json.err;
+    nlohmann::json gains = nlohmann::json::parse(json.out);
+    EXPECT_EQ("Music", gains["profile"]["name"]);
+    EXPECT_EQ(110, gains["setting"]["id"]);
+    EXPECT_EQ(20u, gains["values"].size());
+    auto bands = gains["frequencies"].get<std::vector<int>>();
+    ASSERT_EQ(20u, bands.size());
+    EXPECT_TRUE(std::is_sorted(bands.begin(), bands.end()) && bands.front() > 0);
+    nlohmann::json state = nlohmann::json::parse(ctl({"status", "--json"}));
+    EXPECT_EQ(true, state["effect"]);
+    EXPECT_EQ(5, state["profileCount"]);
+    for (const nlohmann::json& integer : state["integers"]) {
+        if (integer["code"] == "DTFV") EXPECT_EQ("3.3.0", integer["text"]);
+        if (integer["code"] == "ADEV") EXPECT_EQ("internal_speaker", integer["text"]);
+    }
+    EXPECT_EQ(0, stopService());
 }
 
 // The system-bus policy in etc/ on a daemon with the system bus's default rules:

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <thread>
 
@@ -99,10 +100,10 @@ TEST_F(VessadUnderFaults, SighupAppliesWhatTheOemFileSaysNow) {
     std::string oem = root.sampleOem();
     root.installOem(oem);
     startService();
-    ChildProcess watcher(ctlArgs({"watch"}), dir);
+    ChildProcess watcher(ctlArgs({"watch", "--all"}), dir);
     ASSERT_TRUE(watcher.waitForOutput("clients changed\n")) << watcher.err();
     ctl({"select", "bluetooth", "bt_neckband_x1"});
-    EXPECT_THAT(ctl({"store"}), HasSubstr("0x80 DSA 5\n"));
+    EXPECT_THAT(ctl({"store", "--raw"}), HasSubstr("0x80 DSA 5\n"));
 
     const std::string angle = "<virtualizer-surround-speaker-angle value=\"5\"/>";
     size_t at = oem.find(angle, oem.find("<tuning name=\"oem_bluetooth_neckband\""));
@@ -111,7 +112,7 @@ TEST_F(VessadUnderFaults, SighupAppliesWhatTheOemFileSaysNow) {
     root.installOem(oem);
     kill(vessad->pid(), SIGHUP);
     EXPECT_TRUE(watcher.waitForOutput("parameters changed (tuning reloaded)\n")) << watcher.out();
-    EXPECT_THAT(ctl({"store"}), HasSubstr("0x80 DSA 33\n"));
+    EXPECT_THAT(ctl({"store", "--raw"}), HasSubstr("0x80 DSA 33\n"));
     EXPECT_THAT(ctl({"devices", "bluetooth"}), HasSubstr("* bt_neckband_x1\n"));
     EXPECT_EQ(0, watcher.stop(SIGINT));
     EXPECT_EQ(0, stopService()) << vessad->err();
@@ -167,21 +168,29 @@ TEST_F(VessadUnderFaults, SavesToADirectoryThatCannotBeWrittenAreReported) {
 // vessactl watch says when the service leaves; with --follow it waits and registers again.
 TEST_F(VessadUnderFaults, WatchSaysWhenTheServiceLeavesAndFollowsItBack) {
     startService();
-    ChildProcess plain(ctlArgs({"watch"}), dir);
-    ChildProcess follow(ctlArgs({"watch", "--follow"}), dir);
+    ChildProcess plain(ctlArgs({"watch", "--all"}), dir);
+    ChildProcess follow(ctlArgs({"watch", "--follow", "--all", "--json"}), dir);
     ASSERT_TRUE(plain.waitForOutput("clients changed\n")) << plain.err();
-    ASSERT_TRUE(follow.waitForOutput("clients changed\n")) << follow.err();
+    ASSERT_TRUE(follow.waitForOutput("\"kind\":\"clients-changed\"")) << follow.err();
     ASSERT_EQ(0, stopService());
     EXPECT_EQ(1, plain.stop(0));
-    EXPECT_THAT(plain.err(), HasSubstr("vessactl: the vessa service left the bus\n"));
+    EXPECT_THAT(plain.err(), HasSubstr("vessactl: the vessa service left the bus at "));
 
     startService();
     EXPECT_TRUE(eventually(
             [&] { return follow.err().find("registered again") != std::string::npos; }, 10s))
             << follow.err();
-    ctl({"off"});
-    EXPECT_TRUE(follow.waitForOutput("effect off\n")) << follow.out();
+    // Updates arrive decoded, one JSON object per line.
+    ctl({"set", "Music", "ieq-amount", "12"});
+    ASSERT_TRUE(follow.waitForOutput("setting-changed")) << follow.out();
     EXPECT_EQ(0, follow.stop(SIGINT));
+    std::string out = follow.out();
+    std::string last = out.substr(out.rfind('{', out.find("setting-changed")));
+    nlohmann::json update = nlohmann::json::parse(last.substr(0, last.find('\n')));
+    EXPECT_EQ(2, update["profile"]);
+    EXPECT_EQ("ieq-amount", update["setting"]["name"]);
+    EXPECT_EQ(std::vector<int>{12}, update["values"].get<std::vector<int>>());
+    EXPECT_EQ(23u, update["time"].get<std::string>().size());
     EXPECT_EQ(0, stopService());
 }
 

@@ -1,102 +1,161 @@
 #include "VessaCtl.h"
 
 #include <signal.h>
-#include <unistd.h>
+#include <sys/time.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <ostream>
+
+#include "Suggest.h"
 
 namespace vessa {
 
 using client::Client;
 using client::Error;
+using client::IntCodeInfo;
 using client::Setting;
 using client::Update;
+using json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr size_t kMany = 64;
+constexpr uint32_t kDefaultDevice = 0x40000000;
+
+std::string lowered(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
 
 std::string padded(const std::string& text, size_t width) {
-    return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
+    return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
+}
+
+// "2026-11-23T08:20:01.123", local time.
+std::string now() {
+    timeval tv{};
+    gettimeofday(&tv, nullptr);
+    tm local{};
+    localtime_r(&tv.tv_sec, &local);
+    char text[32];
+    size_t n = strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%S", &local);
+    snprintf(text + n, sizeof(text) - n, ".%03ld", static_cast<long>(tv.tv_usec / 1000));
+    return text;
+}
+
+const char* kindName(Update::Kind kind) {
+    switch (kind) {
+        case Update::Kind::EFFECT_SWITCHED:
+            return "effect-switched";
+        case Update::Kind::SETTING_CHANGED:
+            return "setting-changed";
+        case Update::Kind::PORT_SETTING_CHANGED:
+            return "port-setting-changed";
+        case Update::Kind::PROFILE_SELECTED:
+            return "profile-selected";
+        case Update::Kind::PROFILE_RESET:
+            return "profile-reset";
+        case Update::Kind::OTHER_COMMAND:
+            return "other-command";
+        case Update::Kind::TUNING_SELECTED:
+            return "tuning-selected";
+        case Update::Kind::CLIENTS_CHANGED:
+            return "clients-changed";
+        case Update::Kind::TUNING_RELOADED:
+            return "tuning-reloaded";
+        case Update::Kind::UNKNOWN:
+            break;
+    }
+    return "unknown";
+}
+
+json settingJson(int id) {
+    const Setting* setting = Client::findSetting(id);
+    return {{"id", id}, {"name", setting != nullptr ? setting->name : nullptr}};
+}
+
+json portJson(int port) {
+    if (port < 0) return nullptr;
+    return {{"id", port}, {"name", Client::portName(port)}};
+}
+
+json updateJson(const Update& update) {
+    json line = {{"time", now()}, {"kind", kindName(update.kind)}};
+    switch (update.kind) {
+        case Update::Kind::EFFECT_SWITCHED:
+            line["on"] = update.on;
+            break;
+        case Update::Kind::SETTING_CHANGED:
+        case Update::Kind::PORT_SETTING_CHANGED:
+            line["profile"] = update.profile;
+            line["port"] = portJson(update.port);
+            line["setting"] = settingJson(update.id);
+            line["values"] = update.values;
+            break;
+        case Update::Kind::PROFILE_SELECTED:
+        case Update::Kind::PROFILE_RESET:
+            line["profile"] = update.profile;
+            break;
+        case Update::Kind::OTHER_COMMAND:
+            line["command"] = update.command;
+            break;
+        case Update::Kind::TUNING_SELECTED:
+            line["tuning"] = update.tuning;
+            break;
+        case Update::Kind::UNKNOWN:
+            line["bytes"] = update.bytes;
+            break;
+        default:
+            break;
+    }
+    return line;
 }
 
 }  // namespace
 
-// clang-format off
-const VessaCtl::Command VessaCtl::kCommands[] = {
-    {"status",   "",                         "effect on/off, selected profile, integer parameters", 0, 0, &VessaCtl::status},
-    {"profiles", "",                         "the profiles; * marks the selected one", 0, 0, &VessaCtl::profiles},
-    {"on",       "",                         "switch processing on (saved at once)", 0, 0, &VessaCtl::turnOn},
-    {"off",      "",                         "switch processing off (saved at once)", 0, 0, &VessaCtl::turnOff},
-    {"profile",  "N",                        "select profile N (saved at once)", 1, 1, &VessaCtl::selectProfile},
-    {"reset",    "N",                        "reset profile N to its tuning defaults", 1, 1, &VessaCtl::resetProfile},
-    {"get",      "PROFILE ID",               "read setting ID of a profile", 2, 2, &VessaCtl::get},
-    {"set",      "PROFILE ID VALUE...",      "write setting ID of a profile (every endpoint)", 3, kMany, &VessaCtl::set},
-    {"port-get", "PROFILE PORT ID",          "read setting ID for the endpoint of one port", 3, 3, &VessaCtl::portGet},
-    {"port-set", "PROFILE PORT ID VALUE...", "write setting ID for the endpoint of one port", 4, kMany, &VessaCtl::portSet},
-    {"devices",  "PORT",                     "tuning devices of a port; * marks the selected one", 1, 1, &VessaCtl::devices},
-    {"select",   "PORT DEVICE",              "use tuning DEVICE on PORT", 2, 2, &VessaCtl::selectDevice},
-    {"reload",   "",                         "re-read the OEM tuning file (integer parameter RLTF)", 0, 0, &VessaCtl::reload},
-    {"dump",     "",                         "the service's diagnostic text", 0, 0, &VessaCtl::dump},
-    {"watch",    "[--follow]",               "register and print every update until Ctrl-C", 0, 1, &VessaCtl::watch},
-    {"store",    "[--pending]",              "effect parameters in the store: DEVICE CODE VALUES", 0, 1, &VessaCtl::store},
-    {nullptr, nullptr, nullptr, 0, 0, nullptr},
-};
-// clang-format on
+VessaCtl::VessaCtl(Client& client, const Invocation& invocation, std::ostream& out,
+                   std::ostream& err)
+    : mClient(client), mInvocation(invocation), mOut(out), mErr(err) {}
 
-VessaCtl::VessaCtl(Client& client, Client::Identity identity, const std::string& bus,
-                   std::ostream& out, std::ostream& err)
-    : mClient(client), mIdentity(identity), mBus(bus), mOut(out), mErr(err) {}
-
-const VessaCtl::Command* VessaCtl::findCommand(const std::string& name) {
-    for (const Command* c = kCommands; c->name != nullptr; ++c) {
-        if (name == c->name) return c;
-    }
-    return nullptr;
+int VessaCtl::run() {
+    const std::string& c = mInvocation.command;
+    int status = c == "status"     ? this->status()
+                 : c == "profiles" ? profiles()
+                 : c == "on"       ? switchEffect(true)
+                 : c == "off"      ? switchEffect(false)
+                 : c == "profile"  ? selectProfile()
+                 : c == "reset"    ? resetProfile()
+                 : c == "get"      ? get(false)
+                 : c == "port-get" ? get(true)
+                 : c == "set"      ? set(false)
+                 : c == "port-set" ? set(true)
+                 : c == "devices"  ? devices()
+                 : c == "select"   ? selectDevice()
+                 : c == "reload"   ? reload()
+                 : c == "dump"     ? dump()
+                 : c == "watch"    ? watch()
+                 : c == "store"    ? store()
+                                   : usage("unknown command '" + c + "'");
+    // An error here means the service or the bus went away, or the bus's policy keeps
+    // this user from leaving; either way the service drops the client with its connection.
+    mClient.unregister();
+    return status;
 }
 
-bool VessaCtl::isCommand(const std::string& name) {
-    return findCommand(name) != nullptr;
-}
+// ---- output and errors ----
 
-void VessaCtl::printUsage(std::ostream& out) {
-    out << "Usage: vessactl [--bus session|system|ADDRESS] [--type N] [--uid N] COMMAND [ARGS]\n"
-           "\n"
-           "Talks to the vessa parameter service (vessad) over D-Bus.\n"
-           "\n"
-           "Commands:\n";
-    for (const Command* c = kCommands; c->name != nullptr; ++c) {
-        out << "  " << padded(std::string(c->name) + " " + c->syntax, 34) << c->help << "\n";
-    }
-    out << "\nSetting ids (ID) and their ranges; the service clamps other values (not 101, 102):\n";
-    for (const Setting& setting : Client::settings()) {
-        std::string range = std::to_string(setting.min) + ".." + std::to_string(setting.max);
-        if (setting.length > 1) range += " (" + std::to_string(setting.length) + " values)";
-        out << "  " << setting.id << "  " << padded(setting.name, 26) << padded(range, 22)
-            << setting.help << "\n";
-    }
-    out << "\nPorts (PORT, a number or a name):";
-    for (int port = 0; port < Client::kNumPorts; ++port) {
-        out << " " << port << " " << Client::portName(port);
-    }
-    out << "\n"
-           "\n"
-           "Options:\n"
-           "  --bus BUS   session (default), system, or a D-Bus address (unix:path=...)\n"
-           "  --type N    client type when registering: 1-4 decoder, 7 game, else ordinary (0)\n"
-           "  --uid N     client uid when registering (default: this process id)\n"
-           "\n"
-           "Changes wait until the service has applied them. A command that registers\n"
-           "unregisters when done; an ordinary client leaving makes the service save its state.\n";
+void VessaCtl::print(const json& document) {
+    mOut << document.dump(2) << std::endl;
 }
 
 int VessaCtl::fail(const std::string& message) {
     mErr << "vessactl: " << message << std::endl;
-    return kFailed;
+    return mStatus = CommandLine::kFailed;
 }
 
 int VessaCtl::fail(const Error& error) {
@@ -104,304 +163,487 @@ int VessaCtl::fail(const Error& error) {
 }
 
 int VessaCtl::usage(const std::string& message) {
-    mErr << "vessactl: " << message << " (see vessactl --help)" << std::endl;
-    return kUsage;
+    mErr << "vessactl: " << message << "; see vessactl " << mInvocation.command << " --help"
+         << std::endl;
+    return mStatus = CommandLine::kUsage;
 }
 
-int VessaCtl::run(const Args& args) {
-    const Command* command = args.empty() ? nullptr : findCommand(args[0]);
-    if (command == nullptr) {
-        return usage(args.empty() ? "no command given" : "unknown command '" + args[0] + "'");
-    }
-    Args rest(args.begin() + 1, args.end());
-    if (rest.size() < command->minArgs || rest.size() > command->maxArgs) {
-        return usage(std::string("usage: vessactl ") + command->name + " " + command->syntax);
-    }
-    int result = (this->*command->run)(rest);
-    // An error here means the service or the bus went away: nothing is left to leave.
-    mClient.unregister();
-    return result;
-}
+// ---- names and numbers ----
 
-// ---- argument parsing ----
-
-bool VessaCtl::parseNumber(const std::string& text, const char* what, long min, long max,
-                           int* out) {
-    char* end = nullptr;
-    errno = 0;
-    long value = std::strtol(text.c_str(), &end, 0);
-    if (text.empty() || *end != '\0' || errno != 0 || value < min || value > max) {
-        usage(std::string(what) + " must be a number from " + std::to_string(min) + " to " +
-              std::to_string(max) + ", not '" + text + "'");
+bool VessaCtl::parseDecimal(const std::string& text, long min, long max, long* out) {
+    size_t digits = text.size() > 1 && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+    if (digits == text.size() ||
+        text.find_first_not_of("0123456789", digits) != std::string::npos) {
         return false;
     }
-    *out = static_cast<int>(value);
+    errno = 0;
+    long value = std::strtol(text.c_str(), nullptr, 10);
+    if (errno != 0 || value < min || value > max) return false;
+    *out = value;
     return true;
 }
 
-bool VessaCtl::parseProfile(const std::string& text, int* profile) {
-    client::Result<int> count = mClient.profileCount();
-    if (!count) {
-        fail(count.error());
-        return false;
-    }
-    if (count.value() <= 0) {
-        fail("the service reports no profiles");
-        return false;
-    }
-    return parseNumber(text, "PROFILE", 0, count.value() - 1, profile);
+std::vector<std::string> VessaCtl::profileNames() {
+    std::vector<std::string> names;
+    const int count = mClient.profileCount().valueOr(0);
+    for (int id = 0; id < count; ++id) names.push_back(mClient.profileName(id).valueOr(""));
+    return names;
 }
 
-bool VessaCtl::parsePort(const std::string& text, int* port) {
-    *port = Client::findPort(text);
-    if (*port >= 0) return true;
-    usage("PORT must be 0 to " + std::to_string(Client::kNumPorts - 1) + " or a port name, not '" +
-          text + "'");
+bool VessaCtl::resolveProfile(int* profile) {
+    const std::string& text = mInvocation.arg("PROFILE");
+    client::Result<int> count = mClient.profileCount();
+    if (!count) return fail(count.error()), false;
+    long number = 0;
+    if (parseDecimal(text, INT32_MIN, INT32_MAX, &number)) {
+        if (number < 0 || number >= count.value()) {
+            fail("profile " + std::to_string(number) +
+                 " does not exist: the service has profiles 0 to " +
+                 std::to_string(count.value() - 1) + " (vessactl profiles lists them)");
+            return false;
+        }
+        *profile = static_cast<int>(number);
+        return true;
+    }
+    const std::vector<std::string> names = profileNames();
+    for (size_t id = 0; id < names.size(); ++id) {
+        if (lowered(names[id]) == lowered(text)) {
+            *profile = static_cast<int>(id);
+            return true;
+        }
+    }
+    usage("no profile is named '" + text + "'" + Suggest::hint(text, names));
     return false;
 }
 
-bool VessaCtl::parseParamId(const std::string& text, int* id) {
-    const std::vector<Setting>& settings = Client::settings();
-    if (!parseNumber(text, "ID", settings.front().id, settings.back().id, id)) return false;
-    return Client::findSetting(*id) != nullptr;
+bool VessaCtl::resolveSetting(const Setting** setting) {
+    const std::string& text = mInvocation.arg("SETTING");
+    long id = 0;
+    *setting = parseDecimal(text, INT32_MIN, INT32_MAX, &id)
+                       ? Client::findSetting(static_cast<int>(id))
+                       : Client::findSetting(lowered(text));
+    if (*setting != nullptr) return true;
+    std::vector<std::string> names;
+    for (const Setting& s : Client::settings()) names.push_back(s.name);
+    usage(std::string("no setting is ") + (id != 0 ? "numbered" : "named") + " '" + text + "'" +
+          Suggest::hint(text, names) + "; the settings are 101 to 116");
+    return false;
 }
 
-// ---- commands ----
+bool VessaCtl::resolvePort(int* port) {
+    const std::string& text = mInvocation.arg("PORT");
+    long number = 0;
+    *port = parseDecimal(text, 0, Client::kNumPorts - 1, &number) ? static_cast<int>(number)
+                                                                  : Client::findPort(lowered(text));
+    if (*port >= 0) return true;
+    std::vector<std::string> names;
+    for (int p = 0; p < Client::kNumPorts; ++p) names.push_back(Client::portName(p));
+    usage("no port is '" + text + "'" + Suggest::hint(text, names) + "; the ports are 0 to " +
+          std::to_string(Client::kNumPorts - 1) + " or their names");
+    return false;
+}
 
 std::string VessaCtl::profileText(int profile) {
     return std::to_string(profile) + " " + mClient.profileName(profile).valueOr("");
 }
 
-int VessaCtl::status(const Args&) {
+std::string VessaCtl::settingText(const Setting& setting, int port) {
+    std::string text = std::to_string(setting.id) + " " + setting.name;
+    if (port >= 0) text += " (" + Client::describePort(port) + ")";
+    return text;
+}
+
+// ---- status and profiles ----
+
+std::string VessaCtl::intParamText(const IntCodeInfo& code, int64_t value) {
+    using Reading = IntCodeInfo::Reading;
+    switch (code.reading) {
+        case Reading::FLAG:
+            return value != 0 ? "yes" : "no";
+        case Reading::NUMBER:
+            return value == -1 ? "none" : std::to_string(value);
+        case Reading::DEVICE:
+            return value < 0 ? "none" : Client::describeDevice(static_cast<uint32_t>(value));
+        case Reading::VERSION:
+            return value < 0 ? "none"
+                             : std::to_string(value / 1000000) + "." +
+                                       std::to_string(value / 1000 % 1000) + "." +
+                                       std::to_string(value % 1000);
+        case Reading::UPTIME_MS:
+            return value == -1000 ? "never" : std::to_string(value) + " ms after boot";
+        case Reading::CLIENT_TYPE:
+            return value == -1 ? "none" : "type " + std::to_string(value);
+    }
+    return std::to_string(value);
+}
+
+int VessaCtl::status() {
     client::Result<bool> on = mClient.effectEnabled();
     if (!on) return fail(on.error());
-    int selected = mClient.selectedProfile().valueOr(-1);
-    std::string saveError = mClient.saveError().valueOr("");
-    if (!saveError.empty()) mOut << "warning: settings not saved: " << saveError << "\n";
-    mOut << "effect   " << (on.value() ? "on" : "off") << "\n"
-         << "profile  " << profileText(selected) << " (" << mClient.profileCount().valueOr(0)
-         << " profiles)\n"
-         << "integer parameters:\n";
-    for (const client::IntCodeInfo& code : Client::intCodes()) {
+    const int selected = mClient.selectedProfile().valueOr(-1);
+    const int count = mClient.profileCount().valueOr(0);
+    const std::string saveError = mClient.saveError().valueOr("");
+    json integers = json::array();
+    std::string lines;
+    for (const IntCodeInfo& code : Client::intCodes()) {
         client::Result<int64_t> value = mClient.intParam(code.code);
         if (!value) return fail(value.error());
-        std::string number = std::to_string(value.value());
-        mOut << "  " << code.name << " "
-             << std::string(number.size() < 9 ? 9 - number.size() : 0, ' ') << number << "  "
-             << code.meaning << "\n";
+        const std::string text = intParamText(code, value.value());
+        integers.push_back({{"code", code.name},
+                            {"value", value.value()},
+                            {"text", text},
+                            {"meaning", code.meaning}});
+        lines += std::string("  ") + code.name + "  " + padded(text, 18) + code.meaning + "\n";
     }
-    mOut.flush();
-    return kOk;
+    if (mInvocation.json) {
+        print({{"effect", on.value()},
+               {"profile", {{"id", selected}, {"name", mClient.profileName(selected).valueOr("")}}},
+               {"profileCount", count},
+               {"saveError", saveError.empty() ? json(nullptr) : json(saveError)},
+               {"integers", integers}});
+        return CommandLine::kOk;
+    }
+    if (!saveError.empty()) mOut << "warning: settings not saved: " << saveError << "\n";
+    mOut << "effect   " << (on.value() ? "on" : "off") << "\n"
+         << "profile  " << profileText(selected) << " (" << count << " profiles)\n"
+         << "integer parameters:\n"
+         << lines << std::flush;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::profiles(const Args&) {
+int VessaCtl::profiles() {
     client::Result<int> count = mClient.profileCount();
     if (!count) return fail(count.error());
-    int selected = mClient.selectedProfile().valueOr(-1);
+    const int selected = mClient.selectedProfile().valueOr(-1);
+    json list = json::array();
     for (int id = 0; id < count.value(); ++id) {
-        bool modified = mClient.profileModified(id).valueOr(false);
-        mOut << (id == selected ? "* " : "  ") << profileText(id)
-             << (modified ? "  (modified)" : "") << "\n";
+        const bool modified = mClient.profileModified(id).valueOr(false);
+        const std::string name = mClient.profileName(id).valueOr("");
+        list.push_back(
+                {{"id", id}, {"name", name}, {"selected", id == selected}, {"modified", modified}});
+        if (!mInvocation.json) {
+            mOut << (id == selected ? "* " : "  ") << id << " " << name
+                 << (modified ? "  (modified)" : "") << "\n";
+        }
     }
+    if (mInvocation.json) print({{"selected", selected}, {"profiles", list}});
     mOut.flush();
-    return kOk;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::onOff(bool on) {
+// ---- changes that are not settings ----
+
+int VessaCtl::switchEffect(bool on) {
     if (client::Result<void> done = mClient.setEffectEnabled(on); !done) return fail(done.error());
     client::Result<bool> now = mClient.effectEnabled();
     if (!now) return fail(now.error());
     mOut << "effect " << (now.value() ? "on" : "off") << std::endl;
-    return now.value() == on ? kOk : fail("the effect did not switch");
+    return now.value() == on ? CommandLine::kOk : fail("the effect did not switch");
 }
 
-int VessaCtl::turnOn(const Args&) {
-    return onOff(true);
-}
-
-int VessaCtl::turnOff(const Args&) {
-    return onOff(false);
-}
-
-int VessaCtl::selectProfile(const Args& args) {
+int VessaCtl::selectProfile() {
     int profile = 0;
-    if (!parseProfile(args[0], &profile)) return kUsage;
+    if (!resolveProfile(&profile)) return mStatus;
     if (client::Result<void> done = mClient.selectProfile(profile); !done) {
         return fail(done.error());
     }
-    int selected = mClient.selectedProfile().valueOr(-1);
+    const int selected = mClient.selectedProfile().valueOr(-1);
     mOut << "profile " << profileText(selected) << std::endl;
-    return selected == profile ? kOk : fail("the profile was not selected");
+    return selected == profile ? CommandLine::kOk : fail("the service kept its profile");
 }
 
-int VessaCtl::resetProfile(const Args& args) {
+int VessaCtl::resetProfile() {
     int profile = 0;
-    if (!parseProfile(args[0], &profile)) return kUsage;
+    if (!resolveProfile(&profile)) return mStatus;
     if (client::Result<void> done = mClient.resetProfile(profile); !done) {
         return fail(done.error());
     }
     mOut << "profile " << profileText(profile) << " reset" << std::endl;
-    return kOk;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::printParameter(int profile, int port, int id) {
-    client::Result<std::vector<int32_t>> values =
-            port < 0 ? mClient.setting(profile, id) : mClient.portSetting(profile, port, id);
-    if (!values) return fail(values.error());
-    mOut << id << " " << Client::findSetting(id)->name;
-    if (port >= 0) mOut << " (" << Client::describePort(port) << ")";
-    mOut << ": " << Client::describeValues(values.value()) << std::endl;
-    return kOk;
-}
+// ---- settings ----
 
-int VessaCtl::setParameter(int profile, int port, int id, const Args& texts) {
-    const Setting* info = Client::findSetting(id);
-    if (texts.size() != static_cast<size_t>(info->length)) {
-        return usage(std::to_string(id) + " " + info->name + " takes " +
-                     std::to_string(info->length) + " value(s)");
+std::vector<int32_t> VessaCtl::geqFrequencies() {
+    client::Result<std::vector<client::StoredParam>> entries = mClient.storedParams(true);
+    if (!entries) return {};
+    for (const client::StoredParam& entry : entries.value()) {
+        // The band count, then one frequency per band.
+        if (entry.device == kDefaultDevice && entry.code == "GEBS" && !entry.values.empty() &&
+            entry.values[0] >= 0 && static_cast<size_t>(entry.values[0]) < entry.values.size()) {
+            return {entry.values.begin() + 1, entry.values.begin() + 1 + entry.values[0]};
+        }
     }
-    std::vector<int32_t> values;
+    return {};
+}
+
+int VessaCtl::get(bool onePort) {
+    int profile = 0, port = -1;
+    const Setting* setting = nullptr;
+    if (!resolveSetting(&setting) || (onePort && !resolvePort(&port)) ||
+        !resolveProfile(&profile)) {
+        return mStatus;
+    }
+    client::Result<std::vector<int32_t>> values =
+            port < 0 ? mClient.setting(profile, setting->id)
+                     : mClient.portSetting(profile, port, setting->id);
+    if (!values) return fail(values.error());
+    // The graphic EQ's band frequencies are in the effect's store, one per gain.
+    std::vector<int32_t> bands;
+    if (setting->level == Setting::Level::GEQ) bands = geqFrequencies();
+    if (bands.size() != values.value().size()) bands.clear();
+    if (mInvocation.json) {
+        json document = {
+                {"profile", {{"id", profile}, {"name", mClient.profileName(profile).valueOr("")}}},
+                {"port", portJson(port)},
+                {"setting", settingJson(setting->id)},
+                {"values", values.value()}};
+        if (!bands.empty()) document["frequencies"] = bands;
+        print(document);
+        return CommandLine::kOk;
+    }
+    mOut << settingText(*setting, port) << ":";
+    if (bands.empty()) {
+        mOut << " " << Client::describeValues(values.value()) << "\n";
+    } else {
+        mOut << "\n";
+        for (size_t i = 0; i < bands.size(); ++i) {
+            mOut << "  " << padded(std::to_string(bands[i]) + " Hz", 10) << values.value()[i]
+                 << "\n";
+        }
+    }
+    mOut.flush();
+    return CommandLine::kOk;
+}
+
+std::string VessaCtl::refusal(const Setting& setting, int port,
+                              const std::vector<int32_t>& requested,
+                              const std::vector<int32_t>& stored) {
+    const std::string range = std::to_string(setting.min) + ".." + std::to_string(setting.max);
+    // Only per-endpoint settings can be set for one port; the service ignores the rest.
+    if (port >= 0 && setting.level != Setting::Level::ENDPOINT) {
+        const char* fixed = Client::settingEndpoint(setting.id);
+        return std::string(setting.name) +
+               (fixed != nullptr ? " applies to the " + std::string(fixed) + " endpoint only"
+                                 : std::string(" is one value for the whole profile")) +
+               " and cannot be set for one port; use: vessactl set PROFILE " + setting.name +
+               " VALUE";
+    }
+    std::vector<int32_t> clamped = requested;
+    for (int32_t& v : clamped) v = std::clamp<int32_t>(v, setting.min, setting.max);
+    if (clamped != requested && !setting.clamped) {
+        return std::string(setting.name) + " takes " + range +
+               " and the service ignores other values";
+    }
+    if (setting.clamped && stored == clamped) return "";
+    return "the service kept " + Client::describeValues(stored);
+}
+
+int VessaCtl::set(bool onePort) {
+    int profile = 0, port = -1;
+    const Setting* setting = nullptr;
+    if (!resolveSetting(&setting) || (onePort && !resolvePort(&port)) ||
+        !resolveProfile(&profile)) {
+        return mStatus;
+    }
+    const std::vector<std::string>& texts = mInvocation.values;
+    if (texts.size() != static_cast<size_t>(setting->length)) {
+        return usage(std::string(setting->name) + " takes " + std::to_string(setting->length) +
+                     " value(s), not " + std::to_string(texts.size()));
+    }
+    std::vector<int32_t> requested;
     for (const std::string& text : texts) {
-        int value = 0;
-        if (!parseNumber(text, "VALUE", INT32_MIN, INT32_MAX, &value)) return kUsage;
-        values.push_back(value);
+        long value = 0;
+        if (!parseDecimal(text, INT32_MIN, INT32_MAX, &value)) {
+            return usage("'" + text + "' is not a decimal number");
+        }
+        requested.push_back(static_cast<int32_t>(value));
     }
     client::Result<std::vector<int32_t>> stored =
-            port < 0 ? mClient.setSetting(profile, id, values)
-                     : mClient.setPortSetting(profile, port, id, values);
+            port < 0 ? mClient.setSetting(profile, setting->id, requested)
+                     : mClient.setPortSetting(profile, port, setting->id, requested);
     if (!stored) return fail(stored.error());
-    mOut << id << " " << info->name;
-    if (port >= 0) mOut << " (" << Client::describePort(port) << ")";
-    mOut << ": " << Client::describeValues(stored.value()) << std::endl;
-    return kOk;
-}
-
-int VessaCtl::get(const Args& args) {
-    int profile = 0, id = 0;
-    if (!parseParamId(args[1], &id) || !parseProfile(args[0], &profile)) return kUsage;
-    return printParameter(profile, -1, id);
-}
-
-int VessaCtl::set(const Args& args) {
-    int profile = 0, id = 0;
-    if (!parseParamId(args[1], &id) || !parseProfile(args[0], &profile)) return kUsage;
-    return setParameter(profile, -1, id, Args(args.begin() + 2, args.end()));
-}
-
-int VessaCtl::portGet(const Args& args) {
-    int profile = 0, port = 0, id = 0;
-    if (!parsePort(args[1], &port) || !parseParamId(args[2], &id) ||
-        !parseProfile(args[0], &profile)) {
-        return kUsage;
+    const bool exact = stored.value() == requested;
+    const bool outside = std::any_of(requested.begin(), requested.end(), [&](int32_t v) {
+        return v < setting->min || v > setting->max;
+    });
+    const std::string reason = exact ? "" : refusal(*setting, port, requested, stored.value());
+    const std::string range = std::to_string(setting->min) + ".." + std::to_string(setting->max);
+    const char* outcome = exact ? "stored" : reason.empty() ? "clamped" : "refused";
+    if (mInvocation.json) {
+        json document = {
+                {"profile", {{"id", profile}, {"name", mClient.profileName(profile).valueOr("")}}},
+                {"port", portJson(port)},
+                {"setting", settingJson(setting->id)},
+                {"requested", requested},
+                {"stored", stored.value()},
+                {"outcome", outcome},
+                {"range", {setting->min, setting->max}}};
+        if (!reason.empty()) document["reason"] = reason;
+        print(document);
+    } else {
+        mOut << settingText(*setting, port) << ": " << Client::describeValues(stored.value());
+        if (!exact && reason.empty()) {
+            mOut << " (clamped to " << range << " from " << Client::describeValues(requested)
+                 << ")";
+        } else if (!exact) {
+            mOut << " (unchanged)";
+        } else if (outside) {
+            mOut << " (outside " << range << ": stored as given, this setting is not clamped)";
+        }
+        mOut << std::endl;
     }
-    return printParameter(profile, port, id);
+    if (reason.empty()) return CommandLine::kOk;
+    return fail("not stored: " + reason);
 }
 
-int VessaCtl::portSet(const Args& args) {
-    int profile = 0, port = 0, id = 0;
-    if (!parsePort(args[1], &port) || !parseParamId(args[2], &id) ||
-        !parseProfile(args[0], &profile)) {
-        return kUsage;
-    }
-    return setParameter(profile, port, id, Args(args.begin() + 3, args.end()));
-}
+// ---- tuning devices ----
 
-int VessaCtl::devices(const Args& args) {
+int VessaCtl::devices() {
     int port = 0;
-    if (!parsePort(args[0], &port)) return kUsage;
+    if (!resolvePort(&port)) return mStatus;
     client::Result<std::vector<std::string>> names = mClient.tuningDevices(port);
     if (!names) return fail(names.error());
-    std::string selected = mClient.selectedTuningDevice(port).valueOr("");
+    const std::string selected = mClient.selectedTuningDevice(port).valueOr("");
+    if (mInvocation.json) {
+        print({{"port", portJson(port)}, {"selected", selected}, {"devices", names.value()}});
+        return CommandLine::kOk;
+    }
     mOut << Client::describePort(port) << ":\n";
     for (const std::string& name : names.value()) {
         mOut << (name == selected ? "* " : "  ") << name << "\n";
     }
     if (names.value().empty()) mOut << "  (no tuning devices)\n";
     mOut.flush();
-    return kOk;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::selectDevice(const Args& args) {
+int VessaCtl::selectDevice() {
     int port = 0;
-    if (!parsePort(args[0], &port)) return kUsage;
-    if (client::Result<void> done = mClient.selectTuningDevice(port, args[1]); !done) {
-        return fail(done.error());
+    if (!resolvePort(&port)) return mStatus;
+    const std::string& name = mInvocation.arg("DEVICE");
+    if (client::Result<void> done = mClient.selectTuningDevice(port, name); !done) {
+        std::string hint;
+        if (done.error().code == Error::Code::REFUSED) {
+            hint = Suggest::hint(name, mClient.tuningDevices(port).valueOr({}));
+        }
+        return fail(done.error().message + hint);
     }
-    mOut << Client::describePort(port) << ": " << args[1] << std::endl;
-    return kOk;
+    mOut << Client::describePort(port) << ": " << name << std::endl;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::reload(const Args&) {
+int VessaCtl::reload() {
     if (client::Result<void> done = mClient.reloadTuning(); !done) return fail(done.error());
     mOut << "tuning reloaded" << std::endl;
-    return kOk;
+    return CommandLine::kOk;
 }
 
-int VessaCtl::dump(const Args&) {
+int VessaCtl::dump() {
     client::Result<std::string> text = mClient.dump();
     if (!text) return fail(text.error());
-    mOut << text.value();
-    mOut.flush();
-    return kOk;
+    if (mInvocation.json) {
+        print({{"text", text.value()}});
+    } else {
+        mOut << text.value() << std::flush;
+    }
+    return CommandLine::kOk;
 }
 
-int VessaCtl::watch(const Args& args) {
-    const bool follow = !args.empty() && args[0] == "--follow";
-    if (!args.empty() && !follow) return usage("usage: vessactl watch [--follow]");
+// ---- updates ----
+
+int VessaCtl::watch() {
+    const bool follow = mInvocation.has("--follow");
+    const bool all = mInvocation.has("--all");
     // Blocked before registering starts the bus thread, so only the wait below takes them.
     sigset_t stop;
     sigemptyset(&stop);
     sigaddset(&stop, SIGINT);
     sigaddset(&stop, SIGTERM);
     sigprocmask(SIG_BLOCK, &stop, nullptr);
-    client::Result<void> listening = mClient.listen(
-            [this](const Update& update) { mOut << Client::describe(update) << std::endl; });
+    client::Result<void> listening = mClient.listen([this, all](const Update& update) {
+        if (update.kind == Update::Kind::CLIENTS_CHANGED && !all) return;
+        if (mInvocation.json) {
+            mOut << updateJson(update).dump() << std::endl;
+        } else {
+            mOut << now() << "  " << Client::describe(update) << std::endl;
+        }
+    });
     if (!listening) return fail(listening.error());
-    mErr << "vessactl: watching as client type " << mIdentity.type << ", uid " << mIdentity.uid
-         << " (Ctrl-C stops)" << std::endl;
-    int result = kOk;
+    mErr << "vessactl: watching " << Client::describeBus(mInvocation.bus) << " (Ctrl-C stops)"
+         << std::endl;
     bool away = false;
     // The presence of the service and the bus is looked at ten times a second.
     const timespec tick = {0, 100 * 1000 * 1000};
     while (sigtimedwait(&stop, nullptr, &tick) < 0) {
-        std::string lost = mClient.busLost();
+        const std::string lost = mClient.busLost();
         if (!lost.empty()) {
-            result = fail("lost " + Client::describeBus(mBus) + ": " + lost);
+            fail("lost " + Client::describeBus(mInvocation.bus) + ": " + lost);
             break;
         }
         if (!mClient.serviceRunning() && !away) {
             if (!follow) {
-                result = fail("the vessa service left the bus");
+                fail("the vessa service left " + Client::describeBus(mInvocation.bus));
                 break;
             }
             away = true;
-            mErr << "vessactl: the vessa service left the bus; waiting for it to come back"
-                 << std::endl;
+            mErr << "vessactl: the vessa service left; waiting for it to come back" << std::endl;
         } else if (mClient.serviceRunning() && away) {
             away = false;
             if (client::Result<void> again = mClient.registerAgain(); !again) {
-                result = fail(again.error());
+                fail(again.error());
                 break;
             }
             mErr << "vessactl: the vessa service is back; registered again" << std::endl;
         }
     }
     mClient.listen(nullptr);
-    return result;
+    return mStatus;
 }
 
-int VessaCtl::store(const Args& args) {
-    bool pending = !args.empty() && args[0] == "--pending";
-    if (!args.empty() && !pending) return usage("usage: vessactl store [--pending]");
-    client::Result<std::vector<client::StoredParam>> entries = mClient.storedParams(!pending);
+// ---- the effect's store ----
+
+int VessaCtl::store() {
+    const bool committed = !mInvocation.has("--pending");
+    client::Result<std::vector<client::StoredParam>> entries = mClient.storedParams(committed);
     if (!entries) return fail(entries.error());
-    char device[16];
-    for (const client::StoredParam& entry : entries.value()) {
-        snprintf(device, sizeof(device), "0x%x", entry.device);
-        mOut << device << " " << entry.code << " " << Client::describeValues(entry.values) << "\n";
+    if (mInvocation.json) {
+        json list = json::array();
+        for (const client::StoredParam& entry : entries.value()) {
+            list.push_back({{"device", entry.device},
+                            {"deviceName", Client::describeDevice(entry.device)},
+                            {"code", entry.code},
+                            {"values", entry.values}});
+        }
+        print({{"committed", committed}, {"entries", list}});
+        return CommandLine::kOk;
     }
+    char device[16];
+    if (mInvocation.has("--raw")) {
+        for (const client::StoredParam& entry : entries.value()) {
+            snprintf(device, sizeof(device), "0x%x", entry.device);
+            mOut << device << " " << entry.code << " " << Client::describeValues(entry.values)
+                 << "\n";
+        }
+        mOut.flush();
+        return CommandLine::kOk;
+    }
+    // Entries come sorted by device: one heading per device, its codes under it.
+    uint32_t current = 0;
+    bool first = true;
+    for (const client::StoredParam& entry : entries.value()) {
+        if (first || entry.device != current) {
+            snprintf(device, sizeof(device), "0x%x", entry.device);
+            mOut << (first ? "" : "\n") << Client::describeDevice(entry.device) << " (" << device
+                 << "):\n";
+            current = entry.device;
+            first = false;
+        }
+        mOut << "  " << entry.code << "  " << Client::describeValues(entry.values) << "\n";
+    }
+    if (first) mOut << "(the store is empty)\n";
     mOut.flush();
-    return kOk;
+    return CommandLine::kOk;
 }
 
 }  // namespace vessa

@@ -2,79 +2,67 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "CommandLine.h"
 #include "vessa/Client.h"
 
 namespace vessa {
 
-// The commands of vessactl, run against one connected client.
+// The commands of vessactl, run against one connected client: names in, names out,
+// and every change reported as what the service stored, clamped or refused.
 class VessaCtl {
   public:
-    // Exit statuses.
-    static constexpr int kOk = 0;
-    static constexpr int kFailed = 1;
-    static constexpr int kUsage = 2;
+    VessaCtl(client::Client& client, const Invocation& invocation, std::ostream& out,
+             std::ostream& err);
 
-    VessaCtl(client::Client& client, client::Client::Identity identity, const std::string& bus,
-             std::ostream& out, std::ostream& err);
-
-    // Runs one command (its name first); returns the exit status.
-    int run(const std::vector<std::string>& args);
-    // True when `name` is a command; lets main report a typo before connecting.
-    static bool isCommand(const std::string& name);
-    static void printUsage(std::ostream& out);
+    // Runs the invocation's command; returns the exit status.
+    int run();
+    // Decimal only: "010" is ten, "0x10" and "1e3" are not numbers.
+    static bool parseDecimal(const std::string& text, long min, long max, long* out);
 
   private:
-    using Args = std::vector<std::string>;
-    struct Command {
-        const char* name;
-        const char* syntax;
-        const char* help;
-        size_t minArgs;
-        size_t maxArgs;
-        int (VessaCtl::*run)(const Args&);
-    };
-    static const Command kCommands[];
-    static const Command* findCommand(const std::string& name);
+    int status();
+    int profiles();
+    int switchEffect(bool on);
+    int selectProfile();
+    int resetProfile();
+    int get(bool onePort);
+    int set(bool onePort);
+    int devices();
+    int selectDevice();
+    int reload();
+    int dump();
+    int watch();
+    int store();
 
-    int status(const Args& args);
-    int profiles(const Args& args);
-    int turnOn(const Args& args);
-    int turnOff(const Args& args);
-    int selectProfile(const Args& args);
-    int resetProfile(const Args& args);
-    int get(const Args& args);
-    int set(const Args& args);
-    int portGet(const Args& args);
-    int portSet(const Args& args);
-    int devices(const Args& args);
-    int selectDevice(const Args& args);
-    int reload(const Args& args);
-    int dump(const Args& args);
-    int watch(const Args& args);
-    int store(const Args& args);
+    // Each resolves a name or a number from the command line; on failure it has
+    // printed why and set mStatus.
+    bool resolveProfile(int* profile);
+    bool resolveSetting(const client::Setting** setting);
+    bool resolvePort(int* port);
+    std::vector<std::string> profileNames();
 
     std::string profileText(int profile);
-    int onOff(bool on);
-    int printParameter(int profile, int port, int id);
-    int setParameter(int profile, int port, int id, const Args& values);
-    // The exit status for a failed call, with its message.
-    int fail(const client::Error& error);
+    std::string settingText(const client::Setting& setting, int port);
+    std::string intParamText(const client::IntCodeInfo& code, int64_t value);
+    std::vector<int32_t> geqFrequencies();
+    // Why the service stored `stored` rather than `requested`; empty when it clamped.
+    std::string refusal(const client::Setting& setting, int port,
+                        const std::vector<int32_t>& requested, const std::vector<int32_t>& stored);
 
-    bool parseNumber(const std::string& text, const char* what, long min, long max, int* out);
-    bool parseProfile(const std::string& text, int* profile);
-    bool parsePort(const std::string& text, int* port);
-    bool parseParamId(const std::string& text, int* id);
+    void print(const nlohmann::ordered_json& document);
     int fail(const std::string& message);
+    int fail(const client::Error& error);
     int usage(const std::string& message);
 
     client::Client& mClient;
-    client::Client::Identity mIdentity;
-    std::string mBus;
+    const Invocation& mInvocation;
     std::ostream& mOut;
     std::ostream& mErr;
+    int mStatus = CommandLine::kOk;
 };
 
 }  // namespace vessa
