@@ -8,6 +8,7 @@
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -25,48 +26,38 @@
 
 namespace {
 
-void printUsage(FILE* out) {
-    fprintf(out,
-            "Usage: vessad [--root DIR] [--bus session|system|ADDRESS] [--verbose]\n"
-            "\n"
-            "Serves vendor.vessa_v3_6.hardware.pqs360 until SIGINT or SIGTERM, then saves\n"
-            "the state and exits 0. SIGHUP re-reads the tuning files and goes on serving.\n"
-            "If the bus goes away, it saves and exits 1.\n"
-            "\n"
-            "  --root DIR   resolve /odm/etc/vessa/... and /data/vendor/vessa/... under DIR\n"
-            "               (default /)\n"
-            "  --bus BUS    session (default), system, or a D-Bus address (unix:path=...)\n"
-            "  --verbose    log debug lines too (the log goes to stderr)\n");
-}
-
 struct Options {
     std::string root;
     std::string bus = "session";
     bool verbose = false;
 };
 
-// False (after a message) for a bad command line; `exitNow` for --help.
-bool parseOptions(int argc, char** argv, Options* options, bool* exitNow) {
-    for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        if (arg == "-h" || arg == "--help") {
-            printUsage(stdout);
-            *exitNow = true;
-            return true;
-        }
-        if (arg == "-v" || arg == "--verbose") {
-            options->verbose = true;
-            continue;
-        }
-        if ((arg == "--root" || arg == "--bus") && i + 1 < argc) {
-            (arg == "--root" ? options->root : options->bus) = argv[++i];
-            continue;
-        }
-        fprintf(stderr, "vessad: unexpected argument '%s'\n", arg.c_str());
-        printUsage(stderr);
-        return false;
+// The exit status for --help, --version or a bad command line; -1 to go on.
+int parseOptions(int argc, char** argv, Options* options) {
+    CLI::App app(
+            "Serves vendor.vessa_v3_6.hardware.pqs360 until SIGINT or SIGTERM, then saves "
+            "the state and exits 0. SIGHUP re-reads the tuning files and goes on serving. "
+            "If the bus goes away, it saves and exits 1.",
+            "vessad");
+    app.set_version_flag("--version", std::string("vessad ") + VESSA_VERSION);
+    app.add_option("--root", options->root,
+                   "resolve /odm/etc/vessa/... and /data/vendor/vessa/... under DIR (default /)")
+            ->type_name("DIR");
+    app.add_option("--bus", options->bus,
+                   "session (default), system, or a D-Bus address (unix:path=...); the default "
+                   "comes from VESSA_BUS when it is set")
+            ->type_name("BUS")
+            ->envname("VESSA_BUS");
+    app.add_flag("-v,--verbose", options->verbose, "log debug lines too");
+    app.footer(
+            "Exit status: 0 after SIGINT or SIGTERM; 1 when the bus cannot be used or goes "
+            "away; 2 for a bad command line.");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e) == 0 ? 0 : 2;
     }
-    return true;
+    return -1;
 }
 
 // The file is read only when the first client registers; say now, with the full
@@ -94,9 +85,7 @@ void checkDefaultTuningFile() {
 
 int main(int argc, char** argv) {
     Options options;
-    bool exitNow = false;
-    if (!parseOptions(argc, argv, &options, &exitNow)) return 2;
-    if (exitNow) return 0;
+    if (int status = parseOptions(argc, argv, &options); status >= 0) return status;
     // Before anything else: every fixed path of the service resolves under it.
     if (!options.root.empty()) vessa::FileSystemRoot::set(options.root);
 
