@@ -131,7 +131,8 @@ const CommandLine::Command* CommandLine::findCommand(const std::string& name) {
 
 std::string CommandLine::footer() {
     std::ostringstream text;
-    text << "Settings (SETTING, a name or an id) and their ranges:\n";
+    text << "Settings (SETTING, a name or an id) and their ranges; the service clamps other\n"
+            "values, but stores 101 and 102 as given:\n";
     for (const Setting& s : Client::settings()) {
         std::string range = std::to_string(s.min) + ".." + std::to_string(s.max);
         if (s.length > 1) range += " (" + std::to_string(s.length) + " values)";
@@ -258,7 +259,8 @@ std::string CommandLine::manPage() {
         man << ".TP\n.B " << s.id << " " << roff(s.name) << "\n"
             << roff(s.help) << "; " << s.min << " to " << s.max
             << (s.length > 1 ? ", " + std::to_string(s.length) + " values" : "")
-            << (s.clamped ? ", clamped" : ", other values ignored") << ".\n";
+            << (s.clamped ? ", clamped" : ", not clamped: other values are stored as given")
+            << ".\n";
     }
     man << ".SH PORTS\n";
     for (int port = 0; port < Client::kNumPorts; ++port) {
