@@ -131,8 +131,12 @@ const CommandLine::Command* CommandLine::findCommand(const std::string& name) {
 
 std::string CommandLine::footer() {
     std::ostringstream text;
+    std::string unclamped;
+    for (const Setting& s : Client::settings()) {
+        if (!s.clamped) unclamped += (unclamped.empty() ? "" : " and ") + std::to_string(s.id);
+    }
     text << "Settings (SETTING, a name or an id) and their ranges; the service clamps other\n"
-            "values, but stores 101 and 102 as given:\n";
+         << "values, but stores " << unclamped << " as given:\n";
     for (const Setting& s : Client::settings()) {
         std::string range = std::to_string(s.min) + ".." + std::to_string(s.max);
         if (s.length > 1) range += " (" + std::to_string(s.length) + " values)";
