@@ -39,24 +39,28 @@ inline std::string renamed(std::string block, const std::string& attr, const std
 }
 
 // The default file with its tunings replicated, under new tuning names and
-// device ids, until it is at least ten times as large.
-inline std::string tenfoldText(const std::string& text) {
+// device ids, until it is at least `factor` times as large.
+inline std::string scaledText(const std::string& text, size_t factor) {
     const std::string open = "    <tuning ";
     const std::string close = "</tuning>\n";
     size_t first = text.find(open);
     size_t last = text.rfind(close) + close.size();
     const std::string tunings = text.substr(first, last - first);
     std::string out = text.substr(0, last);
-    for (int copy = 1; out.size() < 10 * text.size(); ++copy) {
+    for (int copy = 1; out.size() < factor * text.size(); ++copy) {
         out += renamed(renamed(tunings, "name", "copy" + std::to_string(copy)), "id",
                        "copy" + std::to_string(copy));
     }
     return out + text.substr(last);
 }
 
+inline std::string tenfoldText(const std::string& text) {
+    return scaledText(text, 10);
+}
+
 // A temporary folder, removed with its contents at destruction.
 class TempFolder {
-public:
+  public:
     TempFolder() {
         const char* base = std::getenv("TMPDIR");
         std::string pattern = std::string(base ? base : "/tmp") + "/vessa-bench-XXXXXX";
@@ -78,7 +82,7 @@ public:
         return full.string();
     }
 
-private:
+  private:
     std::string mPath;
 };
 

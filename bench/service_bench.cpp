@@ -8,6 +8,9 @@
 // Then the same change while reader threads keep asking getAupParam for the
 // IEQ preset (id 104): reads per second and the change's median, with one and
 // with three readers, interleaved.
+//
+// A counting operator new gives the allocations (and bytes) one change makes, on
+// every thread, while the change is in flight.
 
 #include <benchmark/benchmark.h>
 #include <pthread.h>
@@ -17,7 +20,9 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -28,6 +33,29 @@
 #include "protocol/PqsProtocol.h"
 #include "protocol/SettingsTable.h"
 #include "service/VessaManagerService.h"
+
+namespace {
+
+std::atomic<bool> gCounting{false};
+std::atomic<uint64_t> gAllocations{0};
+std::atomic<uint64_t> gAllocatedBytes{0};
+
+}  // namespace
+
+void* operator new(size_t size) {
+    if (gCounting.load(std::memory_order_relaxed)) {
+        gAllocations.fetch_add(1, std::memory_order_relaxed);
+        gAllocatedBytes.fetch_add(size, std::memory_order_relaxed);
+    }
+    if (void* p = std::malloc(size != 0 ? size : 1)) return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept {
+    std::free(p);
+}
+void operator delete(void* p, size_t) noexcept {
+    std::free(p);
+}
 
 namespace {
 
@@ -192,9 +220,12 @@ void BM_ChangeAgainstItsFloor(benchmark::State& state) {
     vessa::AupParamStore& store = vessa::AupParamStore::getInstance();
     PingPong one(1), three(3);
     std::vector<double> changes, floor1, floor3;
+    const uint64_t allocations = gAllocations, bytes = gAllocatedBytes;
     for (auto _ : state) {
         uint64_t commits = store.getCommitCount();
+        gCounting = true;
         changes.push_back(bench.change(static_cast<int32_t>(state.range(0))));
+        gCounting = false;
         if (store.getCommitCount() <= commits) state.SkipWithError("no commit");
         floor1.push_back(one.roundTrip());
         floor3.push_back(three.roundTrip());
@@ -206,6 +237,9 @@ void BM_ChangeAgainstItsFloor(benchmark::State& state) {
     state.counters["floor3_us"] = percentile(floor3, 50);
     state.counters["x_floor1"] = p50 / percentile(floor1, 50);
     state.counters["x_floor3"] = p50 / percentile(floor3, 50);
+    const double n = static_cast<double>(state.iterations());
+    state.counters["allocs_per_change"] = static_cast<double>(gAllocations - allocations) / n;
+    state.counters["bytes_per_change"] = static_cast<double>(gAllocatedBytes - bytes) / n;
 }
 BENCHMARK(BM_ChangeAgainstItsFloor)
         ->Arg(vessa::SettingsTable::kReverbSuppression)
