@@ -230,8 +230,11 @@ TEST_F(VessadAndItsClients, VessactlSpeaksInNamesAndSaysWhatTheServiceDidWithAVa
     EXPECT_EQ(true, state["effect"]);
     EXPECT_EQ(5, state["profileCount"]);
     for (const nlohmann::json& integer : state["integers"]) {
-        if (integer["code"] == "DTFV") EXPECT_EQ("3.3.0", integer["text"]);
-        if (integer["code"] == "ADEV") EXPECT_EQ("internal_speaker", integer["text"]);
+        if (integer["code"] == "DTFV") {
+            EXPECT_EQ("3.3.0", integer["text"]);
+        } else if (integer["code"] == "ADEV") {
+            EXPECT_EQ("internal_speaker", integer["text"]);
+        }
     }
     EXPECT_EQ(0, stopService());
 }
