@@ -5,6 +5,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <log/log.h>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -76,7 +77,11 @@ void SxContextManager::initLocked() {
     mContext = std::make_unique<SxContext>(mProvider.get(), mObservable.get());
     mContext->load();
     // The database now holds everything the parse produced.
+    const bool parsed = mParser != nullptr;
     mParser.reset();
+    // A fill frees most of what it allocated; hand it back rather than keep it
+    // resident for the life of the process.
+    if (parsed) malloc_trim(0);
 }
 
 SxContext* SxContextManager::getSxContext() {
