@@ -160,7 +160,14 @@ TEST_F(AStartedLife, AddsTheOemDevicesExceptThoseTheDefaultFileHasFromAFileOfIts
                              "OEM tuning format V=3.2.0 is not consistent with current V=3.3.0, "
                              "abort loading OEM tuning XML."));
     EXPECT_FALSE(context->setSelectedTuning(Port::BLUETOOTH, "bt_neckband_x1", false));
-    root.installOem(root.sampleOem());
+    // The OEM tuning also claims a device of the default file.
+    std::string colliding = root.sampleOem();
+    const std::string neckband = "<device_id id=\"bt_neckband_x1\" endpoint_port=\"bluetooth\"/>";
+    const size_t device = colliding.find(neckband);
+    ASSERT_NE(std::string::npos, device) << "sample OEM file changed";
+    colliding.insert(device + neckband.size(),
+                     "\n        <device_id id=\"bt_earbuds_a\" endpoint_port=\"bluetooth\"/>");
+    root.installOem(colliding);
     EXPECT_EQ(0, life.manager.loadOemTuning());
     const std::vector<std::string> devices = context->getAvailableTuningDevice(Port::BLUETOOTH);
     EXPECT_EQ(1, std::count(devices.begin(), devices.end(), "bt_neckband_x1"));
