@@ -27,8 +27,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vessa.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
 # The programs. The Android libraries sit outside the loader's default path.
-set_target_properties(vessad vessactl PROPERTIES INSTALL_RPATH ${ANDROID_LIB_DIR})
-install(TARGETS vessactl DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+set_target_properties(vessad vessactl vessa-tune PROPERTIES INSTALL_RPATH ${ANDROID_LIB_DIR})
+install(TARGETS vessactl vessa-tune DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(TARGETS vessad DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT runtime)
 
 # The bus: interface, policy, activation.
@@ -49,7 +49,7 @@ install(FILES ${VESSA_DIST_DIR}/vessa.sysusers
         DESTINATION ${VESSA_SYSUSERS_DIR} RENAME vessa.conf COMPONENT runtime)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dist/vessa.tmpfiles
         DESTINATION ${VESSA_TMPFILES_DIR} RENAME vessa.conf COMPONENT runtime)
-install(FILES etc/multimedia_vessa_zan_default.xml etc/zan-extra.xml
+install(FILES etc/multimedia_vessa_zan_default.xml etc/zan-extra.xml etc/tuning.xsd
         DESTINATION ${CMAKE_INSTALL_DATADIR}/vessa COMPONENT runtime)
 
 # Documentation: man pages (compressed, as Debian ships them) and shell completion.
