@@ -73,6 +73,13 @@ bool isBlank(const std::string& text) {
                        [](unsigned char c) { return std::isspace(c) != 0; });
 }
 
+bool isBlank(const char* text) {
+    for (; *text != '\0'; ++text) {
+        if (std::isspace(static_cast<unsigned char>(*text)) == 0) return false;
+    }
+    return true;
+}
+
 bool attribute(const xmlNode* n, const std::string& name, std::string* value) {
     if (!isElement(n)) return false;
     xmlChar* raw = xmlGetProp(n, reinterpret_cast<const xmlChar*>(name.c_str()));
@@ -196,6 +203,25 @@ class Values : public ParameterValues {
     }
 };
 
+// A mark on the nodes (or attributes) of the document being checked, kept in
+// libxml2's application field: a set of nodes without an allocation per node.
+class NodeMarks {
+  public:
+    explicit NodeMarks(uintptr_t bit) : mBit(bit) {}
+    template <typename Node>
+    void insert(const Node* n) const {
+        const_cast<Node*>(n)->_private =
+                reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(n->_private) | mBit);
+    }
+    template <typename Node>
+    size_t count(const Node* n) const {
+        return (reinterpret_cast<uintptr_t>(n->_private) & mBit) != 0 ? 1 : 0;
+    }
+
+  private:
+    uintptr_t mBit;
+};
+
 // The service's cursor, tracing what the setters and the parser do with it: where
 // childrenNext stayed (no child) or stepped over an element, and which attributes
 // were read from which element.
@@ -241,7 +267,7 @@ class Walker : public TagIterator {
         if (!isElement(mCurrent)) return;
         reads.push_back({mCurrent, ReadKind::ALL});
         for (xmlAttrPtr a = mCurrent->properties; a != nullptr; a = a->next) {
-            attrsRead[mCurrent].insert(nameOf(reinterpret_cast<xmlNodePtr>(a)));
+            attrsRead.insert(a);
             out.push_back(
                     string2Int(attributeOr(mCurrent, nameOf(reinterpret_cast<xmlNodePtr>(a)))));
         }
@@ -252,20 +278,21 @@ class Walker : public TagIterator {
                            std::vector<std::string>& out) const override {
         if (!isElement(mCurrent)) return;
         reads.push_back({mCurrent, names.empty() ? ReadKind::FIRST : ReadKind::NAMED});
-        asked[mCurrent].insert(names.begin(), names.end());
         if (!names.empty()) out.resize(names.size());
+        bool unmatched = false;
         for (xmlAttrPtr a = mCurrent->properties; a != nullptr; a = a->next) {
             const std::string name = nameOf(reinterpret_cast<xmlNodePtr>(a));
             std::string value = attributeOr(mCurrent, name);
             if (names.empty()) {
-                if (a == mCurrent->properties) attrsRead[mCurrent].insert(name);
+                if (a == mCurrent->properties) attrsRead.insert(a);
                 out.push_back(std::move(value));
                 continue;
             }
             bool stored = false;
+            unmatched = unmatched || std::find(names.begin(), names.end(), name) == names.end();
             for (size_t i = 0; i < names.size(); ++i) {
                 if (names[i] != name) continue;
-                attrsRead[mCurrent].insert(name);
+                attrsRead.insert(a);
                 if (stored) {
                     out[i].clear();
                 } else {
@@ -274,14 +301,16 @@ class Walker : public TagIterator {
                 }
             }
         }
+        // The names asked for matter only to suggest one for an attribute never read.
+        if (unmatched) asked[mCurrent].insert(names.begin(), names.end());
     }
 
     mutable std::vector<Read> reads;
-    mutable std::map<const xmlNode*, std::set<std::string>> attrsRead;
+    const NodeMarks attrsRead{1};
     mutable std::map<const xmlNode*, std::set<std::string>> asked;
     std::vector<xmlNodePtr> stays;
     std::vector<xmlNodePtr> skips;
-    std::set<const xmlNode*> entered;
+    const NodeMarks entered{2};
 
   private:
     xmlNodePtr mCurrent = nullptr;
@@ -401,8 +430,8 @@ class Check {
     int mVirtualBassType = 1;
     const xmlNode* mFormatNode = nullptr;
     const xmlNode* mTechnologiesReadEarly = nullptr;
-    std::set<const xmlNode*> mHandled;    // the walk used the element
-    std::set<const xmlNode*> mExplained;  // it has a finding of its own
+    const NodeMarks mHandled{4};    // the walk used the element
+    const NodeMarks mExplained{8};  // it has a finding of its own
     std::map<const xmlNode*, std::string> mUnreadReason;
     std::vector<std::unique_ptr<Record>> mRecords;
     std::map<std::string, const xmlNode*> mFirst;  // "kind key" to its first element
@@ -1207,23 +1236,24 @@ void Check::checkBandLists(xmlNodePtr n, const std::vector<xmlNodePtr>& bands,
 }
 
 void Check::unread(xmlNodePtr parent) {
-    std::string text;
-    for (xmlNodePtr c = parent->children; c != nullptr; c = c->next) {
-        if (c->type == XML_TEXT_NODE || c->type == XML_CDATA_SECTION_NODE) {
-            xmlChar* content = xmlNodeGetContent(c);
-            text += content != nullptr ? reinterpret_cast<const char*>(content) : "";
-            xmlFree(content);
+    bool text = false;
+    for (xmlNodePtr c = parent->children; c != nullptr && !text; c = c->next) {
+        if ((c->type == XML_TEXT_NODE || c->type == XML_CDATA_SECTION_NODE) &&
+            c->content != nullptr) {
+            text = !isBlank(reinterpret_cast<const char*>(c->content));
         }
     }
-    if (!isBlank(text)) {
+    if (text) {
         add(kWarning, parent,
             "the text inside " + tagOf(parent) + " is not read: values go in attributes");
     }
     if (parent->parent != nullptr && parent->parent->type != XML_DOCUMENT_NODE) {
         for (xmlAttrPtr a = parent->properties; a != nullptr; a = a->next) {
             const std::string name = nameOf(reinterpret_cast<xmlNodePtr>(a));
-            if (a->ns != nullptr || mWalker.attrsRead[parent].count(name) != 0) continue;
-            const auto& asked = mWalker.asked[parent];
+            if (a->ns != nullptr || mWalker.attrsRead.count(a) != 0) continue;
+            static const std::set<std::string> kNone;
+            auto found = mWalker.asked.find(parent);
+            const auto& asked = found != mWalker.asked.end() ? found->second : kNone;
             const bool firstOnly = std::any_of(
                     mWalker.reads.begin(), mWalker.reads.end(), [&](const Walker::Read& r) {
                         return r.node == parent && r.kind == Walker::ReadKind::FIRST;
