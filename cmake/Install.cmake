@@ -56,7 +56,8 @@ install(FILES etc/multimedia_vessa_zan_default.xml etc/zan-extra.xml etc/tuning.
 # vessactl's page and completion are generated from its command table.
 set(generated ${CMAKE_BINARY_DIR}/generated)
 set(man_outputs)
-foreach(source ${VESSA_DIST_DIR}/man/vessad.8 ${generated}/vessactl.1)
+foreach(source ${VESSA_DIST_DIR}/man/vessad.8 ${VESSA_DIST_DIR}/man/vessa-tune.1
+               ${generated}/vessactl.1)
     get_filename_component(page ${source} NAME)
     set(out ${CMAKE_CURRENT_BINARY_DIR}/man/${page}.gz)
     add_custom_command(OUTPUT ${out}
