@@ -1249,8 +1249,8 @@ void Check::unread(xmlNodePtr parent) {
     }
     if (parent->parent != nullptr && parent->parent->type != XML_DOCUMENT_NODE) {
         for (xmlAttrPtr a = parent->properties; a != nullptr; a = a->next) {
-            const std::string name = nameOf(reinterpret_cast<xmlNodePtr>(a));
             if (a->ns != nullptr || mWalker.attrsRead.count(a) != 0) continue;
+            const std::string name = nameOf(reinterpret_cast<xmlNodePtr>(a));
             static const std::set<std::string> kNone;
             auto found = mWalker.asked.find(parent);
             const auto& asked = found != mWalker.asked.end() ? found->second : kNone;
