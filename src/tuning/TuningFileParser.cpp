@@ -126,15 +126,22 @@ std::string TuningFileParser::getProfileName(int id) {
     return mProfileNames[id];
 }
 
-PresetType TuningFileParser::getIeqPresetTypeByName(const std::string& name) {
-    if (name.size() >= 3) {
-        if (name.find("off") != std::string::npos) return PresetType::OFF;
-        if (name.find("balanced") != std::string::npos) return PresetType::BALANCED;
-        if (name.find("warm") != std::string::npos) return PresetType::WARM;
-        if (name.find("detailed") != std::string::npos) return PresetType::DETAILED;
+bool TuningFileParser::findIeqPresetType(const std::string& name, PresetType* type) {
+    if (name.size() < 3) return false;
+    for (PresetType t :
+         {PresetType::OFF, PresetType::BALANCED, PresetType::WARM, PresetType::DETAILED}) {
+        if (name.find(presetTypeName(t)) != std::string::npos) {
+            *type = t;
+            return true;
+        }
     }
-    ALOGE("name is invalid, %d", kInvalidPresetNameCode);
-    return PresetType::OFF;
+    return false;
+}
+
+PresetType TuningFileParser::getIeqPresetTypeByName(const std::string& name) {
+    PresetType type = PresetType::OFF;
+    if (!findIeqPresetType(name, &type)) ALOGE("name is invalid, %d", kInvalidPresetNameCode);
+    return type;
 }
 
 bool TuningFileParser::isFormat32() const {

@@ -47,6 +47,8 @@ class TuningFileParser {
     // The IEQ preset a preset name stands for, by substring; OFF (with an error
     // line) for a name that names none.
     static PresetType getIeqPresetTypeByName(const std::string& name);
+    // The same rule, silently: false when `name` names no preset (`type` untouched).
+    static bool findIeqPresetType(const std::string& name, PresetType* type);
 
   private:
     bool isFormat32() const;

@@ -177,10 +177,9 @@ ListRead readList(const std::string& text) {
 // The parser's name rule for IEQ presets, and whether the name names one (the
 // parser only logs that).
 PresetType presetTypeOf(const std::string& name, bool* known) {
-    *known = name.size() >= 3 &&
-             (name.find("off") != std::string::npos || name.find("balanced") != std::string::npos ||
-              name.find("warm") != std::string::npos || name.find("detailed") != std::string::npos);
-    return TuningFileParser::getIeqPresetTypeByName(name);
+    PresetType type = PresetType::OFF;
+    *known = TuningFileParser::findIeqPresetType(name, &type);
+    return type;
 }
 
 // The service's classes log what they meet; the checker reports it as findings.
