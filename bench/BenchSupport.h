@@ -86,4 +86,12 @@ class TempFolder {
     std::string mPath;
 };
 
+// The sample default file ten times over, written once per program.
+inline const std::string& tenfoldSampleFile() {
+    static TempFolder sFolder;
+    static const std::string sPath =
+            sFolder.write("/tenfold.xml", tenfoldText(readText(sampleDefaultFile())));
+    return sPath;
+}
+
 }  // namespace vessa::bench

@@ -25,8 +25,8 @@
 #include "dbus/PqsNames.h"
 #include "dbus/PqsServer.h"
 #include "pqs360/IPqs_proxy.h"
-#include "vessa/IntCode.h"
 #include "service/VessaManagerService.h"
+#include "vessa/IntCode.h"
 
 namespace {
 

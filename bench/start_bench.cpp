@@ -199,20 +199,12 @@ void BM_WarmStart(benchmark::State& state) {
 void BM_ColdStart(benchmark::State& state) {
     startAgainstFloor(state, true);
 }
-BENCHMARK(BM_WarmStart)
-        ->Arg(1)
-        ->Arg(4)
-        ->Arg(10)
-        ->ArgName("x")
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ColdStart)
-        ->Arg(1)
-        ->Arg(4)
-        ->Arg(10)
-        ->ArgName("x")
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
+// The sample file at 1x, 4x and 10x its size.
+void atScales(benchmark::internal::Benchmark* b) {
+    b->Arg(1)->Arg(4)->Arg(10)->ArgName("x")->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(BM_WarmStart)->Apply(atScales);
+BENCHMARK(BM_ColdStart)->Apply(atScales);
 
 // VmRSS of this process, in kB.
 long residentKb() {

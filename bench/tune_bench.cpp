@@ -14,16 +14,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using vessa::bench::readText;
 
 const std::string& kDefaultFile = vessa::bench::sampleDefaultFile();
-
-const std::string& tenfoldFile() {
-    static vessa::bench::TempFolder sFolder;
-    static const std::string sPath = sFolder.write(
-            "/tenfold.xml", vessa::bench::tenfoldText(readText(kDefaultFile)));
-    return sPath;
-}
 
 void checkAgainstParser(benchmark::State& state, const std::string& path) {
     vessa::TuningChecker checker(VESSA_SCHEMA_SOURCE);
@@ -56,7 +48,7 @@ void BM_CheckSample(benchmark::State& state) {
     checkAgainstParser(state, kDefaultFile);
 }
 void BM_CheckTenfold(benchmark::State& state) {
-    checkAgainstParser(state, tenfoldFile());
+    checkAgainstParser(state, vessa::bench::tenfoldSampleFile());
 }
 
 BENCHMARK(BM_CheckSample)->UseManualTime()->Unit(benchmark::kMillisecond);

@@ -20,13 +20,6 @@ using vessa::bench::readText;
 
 const std::string& kDefaultFile = vessa::bench::sampleDefaultFile();
 
-const std::string& tenfoldFile() {
-    static vessa::bench::TempFolder sFolder;
-    static const std::string sPath = sFolder.write(
-            "/tenfold.xml", vessa::bench::tenfoldText(readText(kDefaultFile)));
-    return sPath;
-}
-
 void parseWithTuningFileParser(benchmark::State& state, const std::string& path) {
     const int64_t bytes = static_cast<int64_t>(readText(path).size());
     size_t tunings = 0;
@@ -63,13 +56,13 @@ void BM_ParseDefaultFile(benchmark::State& state) {
     parseWithTuningFileParser(state, kDefaultFile);
 }
 void BM_ParseTenfoldFile(benchmark::State& state) {
-    parseWithTuningFileParser(state, tenfoldFile());
+    parseWithTuningFileParser(state, vessa::bench::tenfoldSampleFile());
 }
 void BM_Libxml2ReadDefaultFile(benchmark::State& state) {
     readWithLibxml2(state, kDefaultFile);
 }
 void BM_Libxml2ReadTenfoldFile(benchmark::State& state) {
-    readWithLibxml2(state, tenfoldFile());
+    readWithLibxml2(state, vessa::bench::tenfoldSampleFile());
 }
 
 BENCHMARK(BM_ParseDefaultFile)->Unit(benchmark::kMillisecond);
