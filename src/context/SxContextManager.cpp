@@ -66,6 +66,14 @@ void SxContextManager::initLocked() {
         return;
     }
     mProvider = std::make_unique<Provider>();
+    // The start's reads see one state of the file and take its lock once, not once
+    // per statement; a refill writes in between.
+    mProvider->beginRead();
+    loadLocked(path);
+    if (mProvider != nullptr) mProvider->endRead();
+}
+
+void SxContextManager::loadLocked(const std::string& path) {
     // A locked database is tried again at the next start (startContext).
     if (mProvider->checkDatabase() != 0) {
         mProvider.reset();
@@ -228,8 +236,9 @@ int SxContextManager::loadOemTuningLocked() {
     std::unique_ptr<TuningFileParser> oemParser = parseOemFile(&result);
     if (oemParser == nullptr) return result;
     DeviceData* oem = oemParser->getDeviceData();
+    // The default file's names as the database holds them: the file is not read twice.
     std::set<std::string> defaultTunings, defaultDevices;
-    readDefaultNames(&defaultTunings, &defaultDevices);
+    mProvider->readDefaultNames(&defaultTunings, &defaultDevices);
     mProvider->beginTransaction();
     std::set<std::string> accepted = mergeOemTunings(*oem, defaultTunings);
     mergeOemDeviceTunings(*oem, accepted, defaultDevices);
@@ -266,17 +275,6 @@ std::unique_ptr<TuningFileParser> SxContextManager::parseOemFile(int* result) {
         return nullptr;
     }
     return parser;
-}
-
-// The default file decides which names are taken: the OEM file may only add.
-void SxContextManager::readDefaultNames(std::set<std::string>* tunings,
-                                        std::set<std::string>* devices) {
-    TuningFileParser parser;
-    if (parser.setTuningFile(FileSystemRoot::resolve(kDefaultTuningFile)) != 0) return;
-    for (Tuning* t : parser.getDeviceData()->getTunings()) tunings->insert(t->getName());
-    for (DeviceTuning* d : parser.getDeviceData()->getDeviceTunings()) {
-        devices->insert(d->getDevice());
-    }
 }
 
 std::set<std::string> SxContextManager::mergeOemTunings(DeviceData& oem,

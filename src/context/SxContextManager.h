@@ -51,6 +51,9 @@ class SxContextManager : public android::Singleton<SxContextManager> {
   private:
     void init();
     void initLocked();
+    // The start once the provider exists: the database checked, refilled if the
+    // default file changed, and the context loaded from it.
+    void loadLocked(const std::string& path);
     void releaseLocked();
     int initDatabase(Provider* provider, const std::string& path);
     DeviceData* loadXmlIfChanged(const std::string& path, Provider* provider);
@@ -62,7 +65,6 @@ class SxContextManager : public android::Singleton<SxContextManager> {
     // The parsed OEM file, or null with `result` set: missing, unreadable, or of
     // another format version than the stored default.
     std::unique_ptr<TuningFileParser> parseOemFile(int* result);
-    static void readDefaultNames(std::set<std::string>* tunings, std::set<std::string>* devices);
     // Stores the OEM tunings whose names are not taken; returns the names stored.
     std::set<std::string> mergeOemTunings(DeviceData& oem, const std::set<std::string>& taken);
     // Stores the OEM device ids that point to a stored OEM tuning and are not taken.

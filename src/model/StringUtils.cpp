@@ -46,8 +46,12 @@ IntRead readInt(const char*& cursor, const char* end, int& value) {
 }
 
 void string2IntVector(const std::string& text, std::vector<int>& out) {
-    const char* cursor = text.data();
-    const char* end = cursor + text.size();
+    string2IntVector(text.data(), text.size(), out);
+}
+
+void string2IntVector(const char* text, size_t size, std::vector<int>& out) {
+    const char* cursor = text;
+    const char* end = cursor + size;
     int value = 0;
     while (readInt(cursor, end, value) == IntRead::IN_RANGE) {
         out.push_back(value);

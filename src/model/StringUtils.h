@@ -22,6 +22,7 @@ IntRead readInt(const char*& cursor, const char* end, int& value);
 // or one ' ' after each number is skipped. Reading stops at the first text that
 // is not a number, including one out of range, which is not appended.
 void string2IntVector(const std::string& text, std::vector<int>& out);
+void string2IntVector(const char* text, size_t size, std::vector<int>& out);
 
 // Splits `text` at every occurrence of `separator`, appending the pieces to `out`.
 // Empty pieces between separators are kept; an empty rest after the last separator

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <system_error>
@@ -55,30 +57,46 @@ const std::string* column(const DatabaseHelper::Row& row, const char* name) {
     return nullptr;
 }
 
-bool parseInteger(const std::string& text, long long* out) {
-    if (text.empty()) return false;
+bool parseInteger(const char* text, long long* out) {
+    if (*text == '\0') return false;
     char* end = nullptr;
     errno = 0;
-    long long value = std::strtoll(text.c_str(), &end, 10);
+    long long value = std::strtoll(text, &end, 10);
     if (errno != 0 || *end != '\0') return false;
     *out = value;
     return true;
 }
 
-long long readInteger(const std::string* text, long long fallback) {
+bool parseInteger(const std::string& text, long long* out) {
+    return parseInteger(text.c_str(), out);
+}
+
+long long readInteger(const char* text, long long fallback) {
     long long value = fallback;
-    if (text != nullptr) parseInteger(*text, &value);
+    if (text != nullptr) parseInteger(text, &value);
     return value;
 }
 
 // Flags are written from dump lines as "true"/"false"; digits are read too, any
 // non-zero number being true.
-bool readFlag(const std::string* text, bool fallback) {
+bool readFlag(const char* text, bool fallback) {
     if (text == nullptr) return fallback;
-    if (*text == "true") return true;
-    if (*text == "false") return false;
+    if (strcmp(text, "true") == 0) return true;
+    if (strcmp(text, "false") == 0) return false;
     long long value = 0;
-    return parseInteger(*text, &value) ? value != 0 : fallback;
+    return parseInteger(text, &value) ? value != 0 : fallback;
+}
+
+// A key column as a WHERE clause compares it: the text must be the number's own
+// decimal form ("03" is not profile 3).
+bool readKey(const char* text, int* out) {
+    long long value = 0;
+    if (text == nullptr || !parseInteger(text, &value) || value < INT_MIN || value > INT_MAX ||
+        std::to_string(value) != text) {
+        return false;
+    }
+    *out = static_cast<int>(value);
+    return true;
 }
 
 // Every column named after a parameter becomes that parameter's list; an empty text is
@@ -90,57 +108,138 @@ std::string dumpValue(const std::string& line) {
     return value;
 }
 
-// Parameter lines are matched to their columns by name, so a record that lacks a
-// parameter still fills the right columns: the missing one is stored as NULL.
-void appendParameterValues(const DatabaseSchema::Table& table,
-                           const std::vector<std::string>& lines, size_t first, std::string& sql) {
-    std::vector<std::string> values(table.parameterColumns.size());
-    std::vector<bool> present(values.size(), false);
-    for (size_t next = first; next < lines.size(); ++next) {
-        const std::string& line = lines[next];
-        size_t eq = line.find('=');
-        Parameter p;
-        if (eq == std::string::npos) {
-            DB_LOGE("invalid string value");
-        } else if (!parameterFromName(line.substr(0, eq), &p) ||
-                   table.parameterSlot[toInt(p)] < 0) {
-            DB_LOGW("no column for [%s] in %s, not stored", line.substr(0, eq).c_str(),
-                    table.name.c_str());
-        } else {
-            int slot = table.parameterSlot[toInt(p)];
-            values[slot] = dumpValue(line);
-            present[slot] = true;
+// A record's values by column, from its dump: the header lines in order, then the
+// parameter lines, matched to their columns by name, so a record that lacks a
+// parameter still fills the right columns. A column left without a value is NULL.
+struct DumpValues {
+    std::vector<std::string> values;
+    std::vector<bool> present;
+
+    DumpValues(const DatabaseSchema::Table& table, const std::vector<std::string>& lines) {
+        // The row id and the origin are not in the dump's values.
+        const size_t headerCount = table.leadingColumns.size() - 2;
+        values.resize(headerCount + table.parameterColumns.size());
+        present.assign(values.size(), false);
+        // The first dump line is the id, written as the row id.
+        size_t next = 1;
+        for (size_t i = 0; i < headerCount && next < lines.size(); ++i) {
+            values[i] = dumpValue(lines[next++]);
+            present[i] = true;
+        }
+        for (; next < lines.size(); ++next) {
+            const std::string& line = lines[next];
+            size_t eq = line.find('=');
+            Parameter p;
+            if (eq == std::string::npos) {
+                DB_LOGE("invalid string value");
+            } else if (!parameterFromName(line.substr(0, eq), &p) ||
+                       table.parameterSlot[toInt(p)] < 0) {
+                DB_LOGW("no column for [%s] in %s, not stored", line.substr(0, eq).c_str(),
+                        table.name.c_str());
+            } else {
+                size_t slot = headerCount + static_cast<size_t>(table.parameterSlot[toInt(p)]);
+                values[slot] = dumpValue(line);
+                present[slot] = true;
+            }
         }
     }
-    for (size_t i = 0; i < values.size(); ++i) {
-        sql += ',';
-        if (present[i]) {
-            appendQuoted(sql, values[i]);
-        } else {
-            sql += "NULL";
+};
+
+// One row of a record table, read through the table's own select: the columns
+// sit where the schema puts them, so a name is looked up among the few leading
+// columns and the parameter columns need no look-up at all.
+class TableRow {
+  public:
+    TableRow(const SqlStatement& statement, TableType type)
+        : mStatement(statement), mTable(DatabaseSchema::table(type)) {}
+
+    // The leading column's text; null for NULL.
+    const char* text(const char* name) const {
+        for (size_t i = 0; i < mTable.leadingColumns.size(); ++i) {
+            if (mTable.leadingColumns[i] == name) {
+                return mStatement.textOrNull(static_cast<int>(i));
+            }
+        }
+        return nullptr;
+    }
+
+    // Every parameter column becomes that parameter's list; an empty text is an empty
+    // list. NULL columns leave their parameters unset.
+    void fillParameters(ParameterValues* record) const {
+        std::vector<int> values;
+        const int first = static_cast<int>(mTable.leadingColumns.size());
+        for (size_t i = 0; i < mTable.parameterColumns.size(); ++i) {
+            const char* text = mStatement.textOrNull(first + static_cast<int>(i));
+            if (text == nullptr) continue;
+            values.clear();
+            string2IntVector(text, strlen(text), values);
+            record->set(mTable.parameterColumns[i], values);
         }
     }
+
+  private:
+    const SqlStatement& mStatement;
+    const DatabaseSchema::Table& mTable;
+};
+
+void fillRecord(const TableRow& row, IeqPreset* preset) {
+    PresetType type = preset->getType();
+    if (const char* text = row.text("preset_type")) presetTypeFromName(text, &type);
+    *preset = IeqPreset(readInteger(row.text("_id"), preset->getId()), type);
+    row.fillParameters(preset);
 }
 
-// Selects one profile's row of one origin.
-std::string profileWhere(const std::string& profileId, const std::string& customName) {
-    return " WHERE profile_id=" + quote(profileId) + " AND custom_name=" + quote(customName);
+void fillRecord(const TableRow& row, GeqPreset* preset) {
+    *preset = GeqPreset(readInteger(row.text("_id"), preset->getId()),
+                        readInteger(row.text("profile_id"), preset->getProfileId()));
+    row.fillParameters(preset);
 }
 
-void fillParameters(const DatabaseHelper::Row& row, ParameterValues* record) {
-    std::vector<int> values;
-    for (const auto& [columnName, text] : row) {
-        Parameter p;
-        if (!parameterFromName(columnName, &p)) continue;
-        values.clear();
-        string2IntVector(text, values);
-        record->set(p, values);
+void fillRecord(const TableRow& row, Profile* profile) {
+    const char* name = row.text("name");
+    int id = static_cast<int>(readInteger(row.text("profile_id"), profile->getProfileId()));
+    *profile = Profile(readInteger(row.text("_id"), profile->getId()), id,
+                       name != nullptr ? std::string(name) : profile->getName(),
+                       readFlag(row.text("is_mobility"), profile->isMobility()));
+    profile->setSelectedGeqPreset(readInteger(row.text("selected_geq_preset_id"), id));
+    row.fillParameters(profile);
+}
+
+void fillRecord(const TableRow& row, ProfileEndpoint* endpoint) {
+    Endpoint kind = endpoint->getEndpoint();
+    if (const char* text = row.text("endpoint")) {
+        auto it = endpointNameToEndpoint().find(text);
+        if (it != endpointNameToEndpoint().end()) kind = it->second;
     }
+    // Any text other than the four preset names keeps the type the record had.
+    PresetType preset = endpoint->getSelectedIeqPreset();
+    if (const char* text = row.text("selected_ieq_preset_type")) presetTypeFromName(text, &preset);
+    *endpoint = ProfileEndpoint(static_cast<long>(readInteger(row.text("_id"), endpoint->getId())),
+                                readInteger(row.text("profile_id"), endpoint->getProfileId()), kind,
+                                preset);
+    row.fillParameters(endpoint);
+}
+
+void fillRecord(const TableRow& row, Tuning* tuning) {
+    const char* name = row.text("name");
+    *tuning = Tuning(static_cast<long>(readInteger(row.text("_id"), tuning->getId())),
+                     name != nullptr ? std::string(name) : tuning->getName(), tuning->getEndpoint(),
+                     readFlag(row.text("is_mono"), tuning->isMono()),
+                     readFlag(row.text("is_readonly"), tuning->isReadonly()));
+    if (const char* text = row.text("endpoint")) tuning->setEndpoint(text);
+    row.fillParameters(tuning);
+}
+
+DeviceTuning* newDeviceTuning(const TableRow& row) {
+    auto orEmpty = [](const char* text) { return text != nullptr ? text : ""; };
+    return new DeviceTuning(readInteger(row.text("_id"), -1), orEmpty(row.text("device")),
+                            orEmpty(row.text("port")), orEmpty(row.text("tuning_id")));
 }
 
 }  // namespace
 
 DatabaseHelper::DatabaseHelper(const std::string& fileName, bool readOnly) {
+    forgetRowCounts();
     std::string directory = FileSystemRoot::resolve(kDirectory);
     mPath = directory + fileName;
     std::error_code ec;
@@ -166,6 +265,7 @@ DatabaseHelper::DatabaseHelper(const std::string& fileName, bool readOnly) {
 }
 
 DatabaseHelper::~DatabaseHelper() {
+    mStatements.clear();
     if (mDb != nullptr) sqlite3_close_v2(mDb);
 }
 
@@ -182,6 +282,8 @@ std::string DatabaseHelper::buildColumnString(TableType type) const {
 }
 
 void DatabaseHelper::clear() {
+    // Statements of the tables about to go would only be prepared again.
+    mStatements.clear();
     for (int type = 0; type < kNumTableTypes; ++type) {
         execSQL("DROP TABLE IF EXISTS " + DatabaseSchema::tableName(static_cast<TableType>(type)));
     }
@@ -194,7 +296,28 @@ void DatabaseHelper::noteFailure(const std::string& what) {
 void DatabaseHelper::beginTransaction() {
     if (mTransactionDepth++ > 0) return;
     mTransactionError.clear();
+    // A write needs the lock a read transaction cannot give; the read ends here and
+    // starts again once the write is done.
+    if (mReadOpen && run("COMMIT") == SQLITE_DONE) mReadOpen = false;
     execSQL("BEGIN EXCLUSIVE");
+}
+
+void DatabaseHelper::beginRead() {
+    mReadWanted = true;
+    openRead();
+}
+
+void DatabaseHelper::endRead() {
+    mReadWanted = false;
+    if (mReadOpen && run("COMMIT") == SQLITE_DONE) mReadOpen = false;
+}
+
+void DatabaseHelper::openRead() {
+    // Only outside a write, and only with nothing else open (autocommit).
+    if (mDb == nullptr || mReadOpen || mTransactionDepth > 0 || sqlite3_get_autocommit(mDb) == 0) {
+        return;
+    }
+    mReadOpen = run("BEGIN") == SQLITE_DONE;
 }
 
 bool DatabaseHelper::commitTransaction() {
@@ -204,8 +327,10 @@ bool DatabaseHelper::commitTransaction() {
         noteFailure(sqlite3_errmsg(mDb));
     }
     if (mDb == nullptr) noteFailure("the db is not open");
+    forgetRowCounts();
     if (mTransactionError.empty()) {
         mSaveError.clear();
+        if (mReadWanted) openRead();
         return true;
     }
     // A BEGIN that failed left nothing to roll back; SQLite may have rolled back itself.
@@ -214,6 +339,7 @@ bool DatabaseHelper::commitTransaction() {
     mTransactionError.clear();
     DB_LOGE("Settings not saved to %s: %s; the previous copy stays", mPath.c_str(),
             mSaveError.c_str());
+    if (mReadWanted) openRead();
     return false;
 }
 
@@ -236,6 +362,8 @@ int DatabaseHelper::execSQL(const std::string& sql) {
     }
     // Once a statement failed, the rest of its transaction would only make a mixture.
     if (!mTransactionError.empty()) return 1;
+    // Any statement may add or remove rows; counts are known again from the next count.
+    forgetRowCounts();
     if (run(sql) != SQLITE_DONE) noteFailure(sqlite3_errmsg(mDb));
     return 1;
 }
@@ -293,16 +421,21 @@ std::string DatabaseHelper::selectAll(TableType type, const std::string& where) 
     return "SELECT * FROM " + DatabaseSchema::tableName(type) + where;
 }
 
-bool DatabaseHelper::queryLastRow(TableType type, const std::string& where, const char* missing,
-                                  Row& row) {
-    std::vector<Row> rows;
-    queryRows(selectAll(type, where), rows);
-    if (rows.empty()) {
-        DB_LOGE("%s", missing);
-        return false;
+SqlStatement* DatabaseHelper::reusable(const std::string& sql) {
+    if (mDb == nullptr) {
+        DB_LOGE("the database is not connected");
+        return nullptr;
     }
-    row = std::move(rows.back());
-    return true;
+    std::unique_ptr<SqlStatement>& stmt = mStatements[sql];
+    if (stmt == nullptr) stmt = std::make_unique<SqlStatement>(mDb, sql);
+    if (stmt->prepared() != SQLITE_OK) {
+        DB_LOGE("failed to prepare sql command: %s, ret = %d, line %d", sql.c_str(),
+                stmt->prepared(), __LINE__);
+        // Prepared again next time: the table may exist by then.
+        mStatements.erase(sql);
+        return nullptr;
+    }
+    return stmt.get();
 }
 
 // ---- inserts ----
@@ -348,26 +481,24 @@ void DatabaseHelper::executeInsertCommand(TableType type, const std::string& cus
     const DatabaseSchema::Table& table = DatabaseSchema::table(type);
     std::vector<std::string> lines;
     splitString(dump, "\n", lines);
-
-    long long rowId = id > 0 ? id : getRowCount(table.name) + 1;
-    std::string sql;
-    sql.reserve(dump.size() + 2 * lines.size() + 64);
-    sql += "INSERT INTO " + table.name + " VALUES(" + std::to_string(rowId) + ",";
-    appendQuoted(sql, customName);
-    // The first dump line is the id, already written as the row id.
-    size_t next = 1;
-    const size_t headerCount = table.leadingColumns.size() - 2;
-    for (size_t i = 0; i < headerCount; ++i) {
-        sql += ',';
-        if (next < lines.size()) {
-            appendQuoted(sql, dumpValue(lines[next++]));
+    const long long rowId = id > 0 ? id : rowCount(type) + 1;
+    const DumpValues dumped(table, lines);
+    SqlStatement* insert = reusable(table.insertSql);
+    if (insert == nullptr) {
+        noteFailure(sqlite3_errmsg(mDb));
+        return;
+    }
+    insert->bindInteger(1, rowId);
+    insert->bindText(2, customName);
+    for (size_t i = 0; i < dumped.values.size(); ++i) {
+        const int index = static_cast<int>(i) + 3;
+        if (dumped.present[i]) {
+            insert->bindText(index, dumped.values[i]);
         } else {
-            sql += "NULL";
+            insert->bindNull(index);
         }
     }
-    appendParameterValues(table, lines, next, sql);
-    sql += ')';
-    execSQL(sql);
+    runInsert(type, *insert);
 }
 
 void DatabaseHelper::insertConfigurationValue(const std::string& key, const std::string& value) {
@@ -375,136 +506,186 @@ void DatabaseHelper::insertConfigurationValue(const std::string& key, const std:
         DB_LOGE("db is not connected");
         return;
     }
-    const std::string& table = DatabaseSchema::tableName(TableType::CONFIGURATION);
-    execSQL("INSERT INTO " + table + " VALUES(" + int2String(getRowCount(table) + 1) + "," +
-            quote(key) + "," + quote(value) + ")");
+    SqlStatement* insert = reusable(DatabaseSchema::table(TableType::CONFIGURATION).insertSql);
+    if (insert == nullptr) {
+        noteFailure(sqlite3_errmsg(mDb));
+        return;
+    }
+    insert->bindInteger(1, rowCount(TableType::CONFIGURATION) + 1);
+    insert->bindText(2, key);
+    insert->bindText(3, value);
+    runInsert(TableType::CONFIGURATION, *insert);
+}
+
+long long DatabaseHelper::rowCount(TableType type) {
+    long long& count = mRowCounts[static_cast<size_t>(type)];
+    if (count < 0) {
+        const int counted = getRowCount(DatabaseSchema::tableName(type));
+        // Not kept when it could not be read: the next insert asks again.
+        if (counted < 0) return counted;
+        count = counted;
+    }
+    return count;
+}
+
+void DatabaseHelper::runInsert(TableType type, SqlStatement& insert) {
+    // Once a statement failed, the rest of its transaction would only make a mixture.
+    if (mTransactionError.empty()) {
+        if (insert.step() == SQLITE_DONE) {
+            long long& count = mRowCounts[static_cast<size_t>(type)];
+            if (count >= 0) ++count;
+        } else {
+            DB_LOGE("failed to exec SQL: %s", insert.expandedSql().c_str());
+            noteFailure(sqlite3_errmsg(mDb));
+            forgetRowCounts();
+        }
+    }
+    insert.reset();
+}
+
+void DatabaseHelper::forgetRowCounts() {
+    mRowCounts.fill(-1);
 }
 
 // ---- queries ----
 
+template <typename Record>
+bool DatabaseHelper::queryLastRow(TableType type, const char* where,
+                                  std::initializer_list<const std::string*> keys,
+                                  const char* missing, Record* record) {
+    if (record == nullptr) return false;
+    // The last matching row in table order, as a full scan would end on.
+    SqlStatement* stmt = reusable(DatabaseSchema::table(type).selectSql + where +
+                                  " ORDER BY rowid DESC LIMIT 1");
+    if (stmt == nullptr) return false;
+    int index = 1;
+    for (const std::string* key : keys) stmt->bindText(index++, *key);
+    const bool found = stmt->step() == SQLITE_ROW;
+    if (found) {
+        fillRecord(TableRow(*stmt, type), record);
+    } else {
+        DB_LOGE("%s", missing);
+    }
+    stmt->reset();
+    return found;
+}
+
+template <typename Visit>
+void DatabaseHelper::forEachRowNewestFirst(TableType type, Visit visit) {
+    SqlStatement* stmt = reusable(DatabaseSchema::table(type).selectSql + " ORDER BY rowid DESC");
+    if (stmt == nullptr) return;
+    int ret;
+    while ((ret = stmt->step()) == SQLITE_ROW) visit(TableRow(*stmt, type));
+    if (ret != SQLITE_DONE) DB_LOGE("Unknow error... %d", ret);
+    stmt->reset();
+}
+
 bool DatabaseHelper::queryIeqValue(const std::string& presetTypeName, const std::string& customName,
                                    IeqPreset* preset) {
-    Row row;
-    if (preset == nullptr || !queryLastRow(TableType::IEQ_PRESETS,
-                                           " WHERE preset_type=" + quote(presetTypeName) +
-                                                   " AND custom_name=" + quote(customName),
-                                           "IeqPreset doesn't exist!", row)) {
-        return false;
-    }
-    PresetType type = preset->getType();
-    if (const std::string* text = column(row, "preset_type")) presetTypeFromName(*text, &type);
-    *preset = IeqPreset(readInteger(column(row, "_id"), preset->getId()), type);
-    fillParameters(row, preset);
-    return true;
+    return queryLastRow(TableType::IEQ_PRESETS, " WHERE preset_type=? AND custom_name=?",
+                        {&presetTypeName, &customName}, "IeqPreset doesn't exist!", preset);
 }
 
 bool DatabaseHelper::queryGeqValue(const std::string& profileId, const std::string& customName,
                                    GeqPreset* preset) {
-    Row row;
-    if (preset == nullptr ||
-        !queryLastRow(TableType::GEQ_PRESETS, profileWhere(profileId, customName),
-                      "GeqPreset doesn't exist!", row)) {
-        return false;
-    }
-    *preset = GeqPreset(readInteger(column(row, "_id"), preset->getId()),
-                        readInteger(column(row, "profile_id"), preset->getProfileId()));
-    fillParameters(row, preset);
-    return true;
+    return queryLastRow(TableType::GEQ_PRESETS, " WHERE profile_id=? AND custom_name=?",
+                        {&profileId, &customName}, "GeqPreset doesn't exist!", preset);
 }
 
 bool DatabaseHelper::queryProfileValue(const std::string& profileId, const std::string& customName,
                                        Profile* profile) {
-    Row row;
-    if (profile == nullptr ||
-        !queryLastRow(TableType::PROFILES, profileWhere(profileId, customName),
-                      "Profile doesn't exist!", row)) {
-        return false;
-    }
-    const std::string* name = column(row, "name");
-    int id = static_cast<int>(readInteger(column(row, "profile_id"), profile->getProfileId()));
-    *profile = Profile(readInteger(column(row, "_id"), profile->getId()), id,
-                       name != nullptr ? *name : profile->getName(),
-                       readFlag(column(row, "is_mobility"), profile->isMobility()));
-    profile->setSelectedGeqPreset(readInteger(column(row, "selected_geq_preset_id"), id));
-    fillParameters(row, profile);
-    return true;
+    return queryLastRow(TableType::PROFILES, " WHERE profile_id=? AND custom_name=?",
+                        {&profileId, &customName}, "Profile doesn't exist!", profile);
 }
 
 bool DatabaseHelper::queryEndpointValue(const std::string& profileId,
                                         const std::string& endpointName,
                                         const std::string& customName, ProfileEndpoint* endpoint) {
-    Row row;
-    if (endpoint == nullptr || !queryLastRow(TableType::PROFILE_ENDPOINTS,
-                                             " WHERE profile_id=" + quote(profileId) +
-                                                     " AND endpoint=" + quote(endpointName) +
-                                                     " AND custom_name=" + quote(customName),
-                                             "Endpoint doesn't exist!", row)) {
-        return false;
-    }
-    Endpoint kind = endpoint->getEndpoint();
-    if (const std::string* text = column(row, "endpoint")) {
-        auto it = endpointNameToEndpoint().find(*text);
-        if (it != endpointNameToEndpoint().end()) kind = it->second;
-    }
-    // Any text other than the four preset names keeps the type the record had.
-    PresetType preset = endpoint->getSelectedIeqPreset();
-    if (const std::string* text = column(row, "selected_ieq_preset_type")) {
-        presetTypeFromName(*text, &preset);
-    }
-    *endpoint = ProfileEndpoint(
-            static_cast<long>(readInteger(column(row, "_id"), endpoint->getId())),
-            readInteger(column(row, "profile_id"), endpoint->getProfileId()), kind, preset);
-    fillParameters(row, endpoint);
-    return true;
+    return queryLastRow(
+            TableType::PROFILE_ENDPOINTS, " WHERE profile_id=? AND endpoint=? AND custom_name=?",
+            {&profileId, &endpointName, &customName}, "Endpoint doesn't exist!", endpoint);
 }
 
 bool DatabaseHelper::queryTuning(const std::string& name, Tuning* tuning) {
-    Row row;
-    if (tuning == nullptr || !queryLastRow(TableType::TUNINGS, " WHERE name=" + quote(name),
-                                           "Tuning doesn't exist!", row)) {
-        return false;
-    }
-    const std::string* rowName = column(row, "name");
-    *tuning = Tuning(static_cast<long>(readInteger(column(row, "_id"), tuning->getId())),
-                     rowName != nullptr ? *rowName : tuning->getName(), tuning->getEndpoint(),
-                     readFlag(column(row, "is_mono"), tuning->isMono()),
-                     readFlag(column(row, "is_readonly"), tuning->isReadonly()));
-    if (const std::string* text = column(row, "endpoint")) tuning->setEndpoint(*text);
-    fillParameters(row, tuning);
-    return true;
+    return queryLastRow(TableType::TUNINGS, " WHERE name=?", {&name}, "Tuning doesn't exist!",
+                        tuning);
 }
 
 void DatabaseHelper::queryDeviceTunings(const std::string& portName, DeviceTuningSet& out) {
-    std::vector<Row> rows;
-    queryRows(selectAll(TableType::DEVICE_TUNINGS, " WHERE port=" + quote(portName)), rows);
-    static const std::string kNone;
-    for (const Row& row : rows) {
-        const std::string* device = column(row, "device");
-        const std::string* port = column(row, "port");
-        const std::string* tuning = column(row, "tuning_id");
-        out.insert(new DeviceTuning(readInteger(column(row, "_id"), -1), device ? *device : kNone,
-                                    port ? *port : kNone, tuning ? *tuning : kNone));
+    SqlStatement* stmt =
+            reusable(DatabaseSchema::table(TableType::DEVICE_TUNINGS).selectSql + " WHERE port=?");
+    if (stmt == nullptr) return;
+    stmt->bindText(1, portName);
+    while (stmt->step() == SQLITE_ROW) {
+        out.insert(newDeviceTuning(TableRow(*stmt, TableType::DEVICE_TUNINGS)));
     }
+    stmt->reset();
 }
 
 void DatabaseHelper::queryProfileNames(std::vector<std::string>& names,
                                        const std::string& customName) {
-    std::vector<Row> rows;
-    queryRows(selectAll(TableType::PROFILES, " WHERE custom_name=" + quote(customName)), rows);
-    for (const Row& row : rows) {
-        const std::string* name = column(row, "name");
-        names.push_back(name != nullptr ? *name : std::string());
+    SqlStatement* stmt =
+            reusable(DatabaseSchema::table(TableType::PROFILES).selectSql + " WHERE custom_name=?");
+    if (stmt == nullptr) return;
+    stmt->bindText(1, customName);
+    while (stmt->step() == SQLITE_ROW) {
+        const char* name = TableRow(*stmt, TableType::PROFILES).text("name");
+        names.emplace_back(name != nullptr ? name : "");
     }
+    stmt->reset();
+}
+
+void DatabaseHelper::queryColumn(TableType type, const char* column, const std::string& customName,
+                                 std::set<std::string>& out) {
+    SqlStatement* stmt = reusable(std::string("SELECT ") + column + " FROM " +
+                                  DatabaseSchema::tableName(type) + " WHERE custom_name=?");
+    if (stmt == nullptr) return;
+    stmt->bindText(1, customName);
+    while (stmt->step() == SQLITE_ROW) out.insert(stmt->text(0));
+    stmt->reset();
+}
+
+void DatabaseHelper::queryEveryProfile(const Pick<Profile>& pick) {
+    forEachRowNewestFirst(TableType::PROFILES, [&](const TableRow& row) {
+        int id;
+        const char* origin = row.text("custom_name");
+        if (origin == nullptr || !readKey(row.text("profile_id"), &id)) return;
+        if (Profile* profile = pick(id, Endpoint::OTHER, origin)) fillRecord(row, profile);
+    });
+}
+
+void DatabaseHelper::queryEveryEndpoint(const Pick<ProfileEndpoint>& pick) {
+    forEachRowNewestFirst(TableType::PROFILE_ENDPOINTS, [&](const TableRow& row) {
+        int id;
+        const char* origin = row.text("custom_name");
+        const char* name = row.text("endpoint");
+        if (origin == nullptr || name == nullptr || !readKey(row.text("profile_id"), &id)) return;
+        auto kind = endpointNameToEndpoint().find(name);
+        if (kind == endpointNameToEndpoint().end()) return;
+        if (ProfileEndpoint* endpoint = pick(id, kind->second, origin)) fillRecord(row, endpoint);
+    });
+}
+
+void DatabaseHelper::queryEveryGeqPreset(const Pick<GeqPreset>& pick) {
+    forEachRowNewestFirst(TableType::GEQ_PRESETS, [&](const TableRow& row) {
+        int id;
+        const char* origin = row.text("custom_name");
+        if (origin == nullptr || !readKey(row.text("profile_id"), &id)) return;
+        if (GeqPreset* preset = pick(id, Endpoint::OTHER, origin)) fillRecord(row, preset);
+    });
 }
 
 std::string DatabaseHelper::queryConfigurationValue(const std::string& key) {
-    std::vector<Row> rows;
-    queryRows("SELECT value FROM " + DatabaseSchema::tableName(TableType::CONFIGURATION) +
-                      " WHERE key=" + quote(key),
-              rows);
-    if (rows.empty()) return std::string();
-    const std::string* value = column(rows.back(), "value");
-    return value != nullptr ? *value : std::string();
+    SqlStatement* stmt =
+            reusable("SELECT value FROM " + DatabaseSchema::tableName(TableType::CONFIGURATION) +
+                     " WHERE key=?");
+    if (stmt == nullptr) return std::string();
+    stmt->bindText(1, key);
+    // The last matching row's value.
+    std::string value;
+    while (stmt->step() == SQLITE_ROW) value = stmt->text(0);
+    stmt->reset();
+    return value;
 }
 
 bool DatabaseHelper::queryAupStatus(const std::string& key) {

@@ -1,5 +1,11 @@
 #pragma once
 
+#include <array>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,10 +23,13 @@ struct sqlite3;
 
 namespace vessa {
 
+class SqlStatement;
+
 // The only code that speaks SQL: opens the settings database, creates and drops its
-// tables and moves records in and out of rows. Statements are plain text; every
-// quoted value has its single quotes doubled. Failures are logged, never returned:
-// without a connection every operation is a logged no-op.
+// tables and moves records in and out of rows. Records move through statements
+// prepared once and kept, with their values bound; other statements are plain text,
+// every quoted value with its single quotes doubled. Failures are logged, never
+// returned: without a connection every operation is a logged no-op.
 //
 // Writes happen in transactions that nest: only the outermost begin and commit reach
 // the database. Once a statement of a transaction fails, the rest of it is skipped
@@ -71,6 +80,11 @@ class DatabaseHelper {
     bool commitTransaction();
     // Why the last outermost transaction was rolled back; empty once one committed.
     const std::string& getSaveError() const { return mSaveError; }
+    // Reads until endRead see one state of the file and lock it once, not once per
+    // statement. A write transaction in between ends the read and opens it again
+    // after its commit.
+    void beginRead();
+    void endRead();
 
     // Checks the file: it opens, passes PRAGMA quick_check, holds the seven tables
     // with their columns, a profile, its configuration and a "default" row for every
@@ -118,7 +132,19 @@ class DatabaseHelper {
     bool queryTuning(const std::string& name, Tuning* tuning);
     // Adds a new record per row; the caller owns them.
     void queryDeviceTunings(const std::string& portName, DeviceTuningSet& out);
+    // One pass over a whole profile-level table, newest row first: `pick` gets each
+    // row's profile id, endpoint (endpoint rows only; OTHER otherwise) and origin,
+    // and returns the record to fill from it, or null to pass. A pick that takes
+    // only the first row per record gets the row the single queries would choose.
+    template <typename Record>
+    using Pick = std::function<Record*(int profileId, Endpoint endpoint, const char* origin)>;
+    void queryEveryProfile(const Pick<Profile>& pick);
+    void queryEveryEndpoint(const Pick<ProfileEndpoint>& pick);
+    void queryEveryGeqPreset(const Pick<GeqPreset>& pick);
     void queryProfileNames(std::vector<std::string>& names, const std::string& customName);
+    // The texts of one column over the rows of one origin.
+    void queryColumn(TableType type, const char* column, const std::string& customName,
+                     std::set<std::string>& out);
     // The value of the last matching row, or "".
     std::string queryConfigurationValue(const std::string& key);
     // Off for a missing or empty value and for "false"; on for anything else.
@@ -147,8 +173,21 @@ class DatabaseHelper {
     std::string queryText(const std::string& sql, bool* found = nullptr);
     void noteFailure(const std::string& what);
     std::string selectAll(TableType type, const std::string& where) const;
-    // The last row of a record query; logs `missing` when there is none.
-    bool queryLastRow(TableType type, const std::string& where, const char* missing, Row& row);
+    // The statement kept for this text, reset; null (logged) when it cannot be prepared.
+    SqlStatement* reusable(const std::string& sql);
+    // Fills the record from the last row that `where` (bound to `keys`) selects; logs
+    // `missing` when there is none.
+    template <typename Record>
+    bool queryLastRow(TableType type, const char* where,
+                      std::initializer_list<const std::string*> keys, const char* missing,
+                      Record* record);
+    template <typename Visit>
+    void forEachRowNewestFirst(TableType type, Visit visit);
+    // Rows in the table, counted once per transaction and then kept by the inserts.
+    long long rowCount(TableType type);
+    void runInsert(TableType type, SqlStatement& insert);
+    void forgetRowCounts();
+    void openRead();
     bool refuseDefault(const std::string& customName, int line) const;
     // Deletes the record's row and writes it again from its dump.
     void replaceRow(TableType type, const std::string& customName, const std::string& match,
@@ -158,6 +197,10 @@ class DatabaseHelper {
 
     sqlite3* mDb = nullptr;
     std::string mPath;
+    std::map<std::string, std::unique_ptr<SqlStatement>> mStatements;
+    std::array<long long, kNumTableTypes> mRowCounts;
+    bool mReadWanted = false;
+    bool mReadOpen = false;
     int mTransactionDepth = 0;
     // The first failure of the open transaction; once set, its statements are skipped.
     std::string mTransactionError;

@@ -17,17 +17,24 @@ DatabaseSchema::Table makeTable(const char* name, std::vector<std::string> leadi
     table.leadingColumns = std::move(leading);
     table.parameterColumns.assign(parameters.begin(), parameters.end());
     table.parameterSlot.fill(-1);
-    std::string columns;
+    std::string columns, names, places;
+    auto add = [&](const std::string& column, const char* type) {
+        const char* separator = columns.empty() ? "" : ", ";
+        columns += separator + column + type;
+        names += separator + column;
+        places += std::string(separator) + "?";
+    };
     for (const std::string& column : table.leadingColumns) {
-        if (!columns.empty()) columns += ", ";
-        columns += column + (column == "_id" ? " INTEGER" : " TEXT");
+        add(column, column == "_id" ? " INTEGER" : " TEXT");
     }
     for (size_t i = 0; i < table.parameterColumns.size(); ++i) {
         Parameter p = table.parameterColumns[i];
         table.parameterSlot[toInt(p)] = static_cast<int>(i);
-        columns += std::string(", ") + parameterName(p) + " TEXT";
+        add(parameterName(p), " TEXT");
     }
     table.columnList = " (" + columns + ")";
+    table.selectSql = "SELECT " + names + " FROM " + table.name;
+    table.insertSql = "INSERT INTO " + table.name + " VALUES(" + places + ")";
     return table;
 }
 

@@ -36,6 +36,11 @@ class DatabaseSchema {
         std::array<int, kNumParameters> parameterSlot;
         // " (" + column definitions + ")", as appended to "CREATE TABLE <name>".
         std::string columnList;
+        // "SELECT <every column, in order> FROM <name>": a row read through it has
+        // its columns where this table says, whatever the file's own order.
+        std::string selectSql;
+        // "INSERT INTO <name> VALUES(?, ...)", one parameter per column.
+        std::string insertSql;
     };
 
     static const Table& table(TableType type);

@@ -78,7 +78,58 @@ int Provider::init() {
         }
     }
     for (int t = 0; t < kNumPresetTypes; ++t) mIeqPresets[t] = new IeqPreset(PresetType(t));
+    readEveryCopy();
     return 0;
+}
+
+Provider::ProfileCopy* Provider::copyOf(int id, const char* origin) {
+    if (id < 0 || id >= mNumOfProfiles) return nullptr;
+    if (kDefaultName == origin) return &mDefaults[id];
+    if (kCustomName == origin) return &mCustoms[id];
+    return nullptr;
+}
+
+// The rows come newest first: a record takes the first row that is its own, the
+// one a query of that record alone would read. A record without a row is left to
+// its load, which reads it (and reports it missing) as before.
+void Provider::readEveryCopy() {
+    mDatabase->queryEveryProfile([this](int id, Endpoint, const char* origin) -> Profile* {
+        ProfileCopy* copy = copyOf(id, origin);
+        if (copy == nullptr || copy->profileRead) return nullptr;
+        copy->profileRead = true;
+        return copy->profile;
+    });
+    mDatabase->queryEveryEndpoint(
+            [this](int id, Endpoint endpoint, const char* origin) -> ProfileEndpoint* {
+                ProfileCopy* copy = copyOf(id, origin);
+                const unsigned bit = 1u << static_cast<unsigned>(endpoint);
+                if (copy == nullptr || (copy->endpointsRead & bit) != 0) return nullptr;
+                for (ProfileEndpoint* record : copy->endpoints) {
+                    if (record->getEndpoint() != endpoint) continue;
+                    copy->endpointsRead |= bit;
+                    return record;
+                }
+                return nullptr;
+            });
+    mDatabase->queryEveryGeqPreset([this](int id, Endpoint, const char* origin) -> GeqPreset* {
+        ProfileCopy* copy = copyOf(id, origin);
+        if (copy == nullptr || copy->geqRead) return nullptr;
+        copy->geqRead = true;
+        return copy->geqPreset;
+    });
+}
+
+void Provider::readDefaultNames(std::set<std::string>* tunings, std::set<std::string>* devices) {
+    mDatabase->queryColumn(TableType::TUNINGS, "name", kDefaultName, *tunings);
+    mDatabase->queryColumn(TableType::DEVICE_TUNINGS, "device", kDefaultName, *devices);
+}
+
+void Provider::beginRead() {
+    mDatabase->beginRead();
+}
+
+void Provider::endRead() {
+    mDatabase->endRead();
 }
 
 namespace {
@@ -216,21 +267,26 @@ void Provider::updateDeviceTuning(const std::string& key, const std::string& dev
 // ---- records ----
 
 Profile* Provider::loadProfileCopy(int id, ProfileCopy& copy, const std::string& origin) {
-    mDatabase->queryProfileValue(int2String(id), origin, copy.profile);
+    if (!copy.profileRead) mDatabase->queryProfileValue(int2String(id), origin, copy.profile);
+    copy.profileRead = false;
     return copy.profile;
 }
 
 ProfileEndpointSet Provider::loadEndpointCopies(int id, ProfileCopy& copy,
                                                 const std::string& origin) {
     for (ProfileEndpoint* endpoint : copy.endpoints) {
+        const unsigned bit = 1u << static_cast<unsigned>(endpoint->getEndpoint());
+        if ((copy.endpointsRead & bit) != 0) continue;
         mDatabase->queryEndpointValue(int2String(id), endpointName(endpoint->getEndpoint()), origin,
                                       endpoint);
     }
+    copy.endpointsRead = 0;
     return copy.endpoints;
 }
 
 GeqPreset* Provider::loadGeqCopy(int id, ProfileCopy& copy, const std::string& origin) {
-    mDatabase->queryGeqValue(int2String(id), origin, copy.geqPreset);
+    if (!copy.geqRead) mDatabase->queryGeqValue(int2String(id), origin, copy.geqPreset);
+    copy.geqRead = false;
     return copy.geqPreset;
 }
 

@@ -94,10 +94,16 @@ class Provider {
     virtual std::string getDeviceTuning(const std::string& key);
     virtual IeqPreset* loadIeqPreset(PresetType type);
 
-    // Builds the record shells for the profiles stored under "default". 0 on success;
-    // NO_INIT (-19) when the database holds no profile (or cannot be read), leaving
-    // every per-profile table empty.
+    // Builds the records of the profiles stored under "default", both copies read in
+    // one pass per table: the first load of each record is served from that pass.
+    // 0 on success; NO_INIT (-19) when the database holds no profile (or cannot be
+    // read), leaving every per-profile table empty.
     int init();
+    // The names the default file took: its tunings' names and its devices.
+    void readDefaultNames(std::set<std::string>* tunings, std::set<std::string>* devices);
+    // Reads in between see one state of the database (see DatabaseHelper::beginRead).
+    void beginRead();
+    void endRead();
 
     // What a start does before it reads the database. A usable one gets back the user
     // rows it lost, from their factory rows. One that cannot be used is moved aside as
@@ -114,14 +120,20 @@ class Provider {
     GeqPreset* loadGeqPreset(int id);
 
   private:
-    // Both copies of one profile's records.
+    // Both copies of one profile's records, and which of them init's pass filled
+    // and no load has handed out yet.
     struct ProfileCopy {
         Profile* profile = nullptr;
         ProfileEndpointSet endpoints;
         GeqPreset* geqPreset = nullptr;
+        bool profileRead = false;
+        unsigned endpointsRead = 0;  // a bit per Endpoint
+        bool geqRead = false;
     };
 
     bool validProfile(int id, const char* caller) const;
+    ProfileCopy* copyOf(int id, const char* origin);
+    void readEveryCopy();
     Profile* loadProfileCopy(int id, ProfileCopy& copy, const std::string& origin);
     ProfileEndpointSet loadEndpointCopies(int id, ProfileCopy& copy, const std::string& origin);
     GeqPreset* loadGeqCopy(int id, ProfileCopy& copy, const std::string& origin);
