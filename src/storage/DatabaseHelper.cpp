@@ -832,41 +832,52 @@ DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
         *reason = ret == SQLITE_ROW ? "quick_check: " + check.text(0) : sqlite3_errmsg(mDb);
         return Health::kDamaged;
     }
-    std::vector<Row> tables;
-    queryRows("SELECT name FROM sqlite_master WHERE type='table'", tables);
-    if (tables.empty()) return Health::kUsable;  // a new file: the start fills it
+    // Every table's columns, in one statement.
+    std::map<std::string, std::vector<std::string>> found;
+    {
+        SqlStatement info(mDb,
+                          "SELECT m.name, p.name FROM sqlite_master m, pragma_table_info(m.name) p "
+                          "WHERE m.type='table' ORDER BY m.name, p.cid");
+        while (info.step() == SQLITE_ROW) found[info.text(0)].push_back(info.text(1));
+    }
+    if (found.empty()) return Health::kUsable;  // a new file: the start fills it
     for (int t = 0; t < kNumTableTypes; ++t) {
         const DatabaseSchema::Table& table = DatabaseSchema::table(static_cast<TableType>(t));
-        std::vector<Row> info;
-        queryRows("PRAGMA table_info(" + table.name + ")", info);
-        std::vector<std::string> found;
-        for (const Row& row : info) {
-            if (const std::string* name = column(row, "name")) found.push_back(*name);
-        }
-        if (found != columnsOf(table)) {
-            *reason = found.empty() ? "table " + table.name + " is missing"
-                                    : "table " + table.name + " has other columns";
+        auto columns = found.find(table.name);
+        if (columns == found.end() || columns->second != columnsOf(table)) {
+            *reason = columns == found.end() ? "table " + table.name + " is missing"
+                                             : "table " + table.name + " has other columns";
             return Health::kDamaged;
         }
     }
-    if (queryText("SELECT COUNT(*) FROM profiles WHERE custom_name='default'") == "0") {
+    // The rows a start needs, in one statement: a profile, the configuration, and a
+    // factory row for every user row.
+    std::string sql =
+            "SELECT (SELECT COUNT(*) FROM profiles WHERE custom_name='default'), "
+            "(SELECT COUNT(*) FROM configuration WHERE key IN ('signature', 'version'))";
+    for (const CopiedTable& copied : kCopiedTables) {
+        const std::string& name = DatabaseSchema::tableName(copied.type);
+        sql += ", EXISTS (SELECT 1 FROM " + name +
+               " c WHERE c.custom_name='custom' AND NOT EXISTS (SELECT 1 FROM " + name +
+               " d WHERE d.custom_name='default' AND " + sameKey(copied.key, "d", "c") + "))";
+    }
+    SqlStatement rows(mDb, sql);
+    if (rows.step() != SQLITE_ROW) {
+        *reason = sqlite3_errmsg(mDb);
+        return Health::kDamaged;
+    }
+    if (rows.text(0) == "0") {
         *reason = "it holds no profile";
         return Health::kDamaged;
     }
-    if (queryText("SELECT COUNT(*) FROM configuration WHERE key IN ('signature', 'version')") !=
-        "2") {
+    if (rows.text(1) != "2") {
         *reason = "its configuration is incomplete";
         return Health::kDamaged;
     }
-    for (const CopiedTable& copied : kCopiedTables) {
-        const std::string& name = DatabaseSchema::tableName(copied.type);
-        bool orphan = false;
-        queryText("SELECT 1 FROM " + name + " c WHERE c.custom_name='custom' AND NOT EXISTS " +
-                          "(SELECT 1 FROM " + name + " d WHERE d.custom_name='default' AND " +
-                          sameKey(copied.key, "d", "c") + ")",
-                  &orphan);
-        if (orphan) {
-            *reason = "a user row of " + name + " has no factory row";
+    for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
+        if (rows.text(2 + static_cast<int>(t)) != "0") {
+            *reason = "a user row of " + DatabaseSchema::tableName(kCopiedTables[t].type) +
+                      " has no factory row";
             return Health::kDamaged;
         }
     }
@@ -874,16 +885,33 @@ DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
 }
 
 int DatabaseHelper::restoreMissingCustomRows() {
-    int restored = 0;
+    auto missingFrom = [](const CopiedTable& copied) {
+        const std::string& name = DatabaseSchema::tableName(copied.type);
+        return " FROM " + name + " d WHERE d.custom_name='default' AND NOT EXISTS (SELECT 1 FROM " +
+               name + " c WHERE c.custom_name='custom' AND " + sameKey(copied.key, "c", "d") + ")";
+    };
+    // Looked for first, every table in one statement: a database that cannot be
+    // written is still read, and a start that finds nothing missing must not fail on it.
+    std::string counting;
     for (const CopiedTable& copied : kCopiedTables) {
+        counting += (counting.empty() ? "SELECT " : ", ") +
+                    ("(SELECT COUNT(*)" + missingFrom(copied)) + ")";
+    }
+    int counts[std::size(kCopiedTables)] = {};
+    {
+        SqlStatement stmt(mDb, counting);
+        if (stmt.step() == SQLITE_ROW) {
+            for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
+                counts[t] = std::atoi(stmt.text(static_cast<int>(t)).c_str());
+            }
+        }
+    }
+    int restored = 0;
+    for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
+        const CopiedTable& copied = kCopiedTables[t];
         const DatabaseSchema::Table& table = DatabaseSchema::table(copied.type);
-        const std::string missing =
-                " FROM " + table.name +
-                " d WHERE d.custom_name='default' AND NOT EXISTS (SELECT 1 FROM " + table.name +
-                " c WHERE c.custom_name='custom' AND " + sameKey(copied.key, "c", "d") + ")";
-        // Looked for first: a database that cannot be written is still read, and a
-        // start that finds nothing missing must not fail on it.
-        int count = std::atoi(queryText("SELECT COUNT(*)" + missing).c_str());
+        const int count = counts[t];
+        const std::string missing = missingFrom(copied);
         if (count == 0) continue;
         std::vector<std::string> columns = columnsOf(table);
         std::string rest;
