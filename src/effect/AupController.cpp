@@ -24,7 +24,7 @@ AupController::~AupController() {
 }
 
 void AupController::sendParameters(AndroidDevice target) {
-    SetParamCommand command(static_cast<int>(target));
+    SetParamCommand command(static_cast<int>(target), mBatch);
     for (auto& [device, translator] : mTranslators) {
         command.setDeviceId(static_cast<int>(device));
         translator->translatePending(command);
@@ -34,7 +34,7 @@ void AupController::sendParameters(AndroidDevice target) {
 
 void AupController::setAupEffect(AupEffect& effect, SxContext& context) {
     mEffect = &effect;
-    SetParamCommand command(static_cast<int>(kDeviceOutDefault));
+    SetParamCommand command(static_cast<int>(kDeviceOutDefault), mBatch);
     for (auto& [device, translator] : mTranslators) {
         command.setDeviceId(static_cast<int>(device));
         translator->translateAll(command);

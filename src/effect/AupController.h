@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "context/OnSxContextChange.h"
 #include "context/SxContext.h"
@@ -49,6 +50,8 @@ class AupController : public OnSxContextChange {
     std::map<AndroidDevice, ParameterTranslator*> mTranslators;
     AupEffect* mEffect;
     [[maybe_unused]] int mValue;
+    // The batch of every send, kept with its capacity from one send to the next.
+    std::vector<int> mBatch;
 };
 
 }  // namespace vessa
