@@ -185,14 +185,24 @@ bool SxManager::isRequestInRange(int profileId, int paramId) {
     return profileId >= 0 && paramId >= ParameterAdapter::kFirstId && isProfileInRange(profileId);
 }
 
+AupController::ParameterChange SxManager::announceChange(int paramId) const {
+    Parameter parameter{};
+    bool known = mParameterAdapter->findParameter(paramId, &parameter);
+    return AupController::ParameterChange(known ? mController.get() : nullptr, parameter);
+}
+
 bool SxManager::setParameter(int profileId, int paramId, const std::vector<int>& values) {
     validate();
     if (!isRequestInRange(profileId, paramId) || values.empty()) return false;
     mValues.assign(values.begin(), values.end());
-    mParameterAdapter->setParameter(profileId, paramId, mValues);
+    {
+        AupController::ParameterChange change = announceChange(paramId);
+        mParameterAdapter->setParameter(profileId, paramId, mValues);
+    }
     // Writing the bass enhancer switch also sets the virtual bass switch; the
     // reverse does not hold.
     if (paramId == SettingsTable::kBassEnhancer) {
+        AupController::ParameterChange change = announceChange(SettingsTable::kVirtualBass);
         mParameterAdapter->setParameter(profileId, SettingsTable::kVirtualBass, mValues);
     }
     return true;
@@ -232,8 +242,12 @@ bool SxManager::setProfilePortParameter(int profileId, int port, int paramId,
     Endpoint endpoint;
     if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return false;
     mValues.assign(values.begin(), values.end());
-    mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, mValues);
+    {
+        AupController::ParameterChange change = announceChange(paramId);
+        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, mValues);
+    }
     if (paramId == SettingsTable::kBassEnhancer) {
+        AupController::ParameterChange change = announceChange(SettingsTable::kVirtualBass);
         mParameterAdapter->setProfileEndpointParameter(profileId, endpoint,
                                                        SettingsTable::kVirtualBass, mValues);
     }

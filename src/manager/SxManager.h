@@ -91,6 +91,8 @@ class SxManager {
     // The endpoint a port's output is tuned as; false (and logged) for a bad port.
     bool endpointForPort(int port, Endpoint* endpoint);
     void checkSessionId(int sessionId);
+    // Tells the controller, for the scope of the result, which Parameter the id sets.
+    AupController::ParameterChange announceChange(int paramId) const;
     int firstTuningValue(Port port, Parameter parameter);
 
     std::unique_ptr<AupController> mController;
