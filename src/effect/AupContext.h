@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <map>
 #include <memory>
 
@@ -35,9 +36,29 @@ class AupContext {
     void setIeqPreset(Port port, IeqPreset& preset);
     void setTuning(Port port, Tuning& tuning);
 
+    // As the setters above, for a record of which only `changed` changed. When the
+    // views took this very record whole before and have missed none of its changes
+    // since, every other value is still the record's, so only `changed` is merged,
+    // with what the whole merge would report. Otherwise the record is merged whole.
+    void updateProfile(Profile& profile, Parameter changed);
+    void updateGeqPreset(GeqPreset& preset, Parameter changed);
+    void updateProfileEndpoint(Port port, ProfileEndpoint& endpoint, Parameter changed);
+
   private:
+    struct DeviceView {
+        std::unique_ptr<DeviceParameters> parameters;
+        ParameterTranslator* translator;
+    };
+
+    DeviceView* viewFor(Port port);
+
     std::unique_ptr<ProfileParameters> mProfileParameters;
-    std::map<AndroidDevice, std::unique_ptr<DeviceParameters>> mDeviceParameters;
+    ParameterTranslator* mProfileTranslator;
+    std::map<AndroidDevice, DeviceView> mDeviceViews;
+    // Ports whose view holds its profile endpoint record's values and hears of each
+    // change to it: set by a whole merge, cleared when the port moves to a tuning of
+    // another endpoint, whose record's changes the port then no longer hears of.
+    std::bitset<kNumPortNames> mEndpointInStep;
 };
 
 }  // namespace vessa

@@ -11,6 +11,17 @@ const std::set<AndroidDevice> AupController::kControlledDevices = {
         kDeviceOutAuxDigital, kDeviceOutUsbDevice,      kDeviceOutRemoteSubmix,
         kDeviceOutDefault};
 
+AupController::ParameterChange::ParameterChange(AupController* controller, Parameter changed)
+    : mController(controller) {
+    if (mController == nullptr) return;
+    mPrevious = mController->mChanged;
+    mController->mChanged = changed;
+}
+
+AupController::ParameterChange::~ParameterChange() {
+    if (mController != nullptr) mController->mChanged = mPrevious;
+}
+
 AupController::AupController(int value, AupEffect& effect) : mEffect(&effect), mValue(value) {
     for (AndroidDevice device : kControlledDevices) {
         mTranslators.emplace(device, new ParameterTranslator());
@@ -24,7 +35,7 @@ AupController::~AupController() {
 }
 
 void AupController::sendParameters(AndroidDevice target) {
-    SetParamCommand command(static_cast<int>(target));
+    SetParamCommand command(static_cast<int>(target), mBatch);
     for (auto& [device, translator] : mTranslators) {
         command.setDeviceId(static_cast<int>(device));
         translator->translatePending(command);
@@ -34,7 +45,7 @@ void AupController::sendParameters(AndroidDevice target) {
 
 void AupController::setAupEffect(AupEffect& effect, SxContext& context) {
     mEffect = &effect;
-    SetParamCommand command(static_cast<int>(kDeviceOutDefault));
+    SetParamCommand command(static_cast<int>(kDeviceOutDefault), mBatch);
     for (auto& [device, translator] : mTranslators) {
         command.setDeviceId(static_cast<int>(device));
         translator->translateAll(command);
@@ -84,13 +95,21 @@ void AupController::onSelectedProfileChanged(SxContext& sx) {
 }
 
 void AupController::onSelectedProfileParameterChanged(SxContext&, Profile& profile) {
-    mContext->setProfile(profile);
+    if (mChanged) {
+        mContext->updateProfile(profile, *mChanged);
+    } else {
+        mContext->setProfile(profile);
+    }
     sendParameters(kDeviceOutDefault);
 }
 
 void AupController::onSelectedProfileEndpointChanged(SxContext&, Port port,
                                                      ProfileEndpoint& endpoint) {
-    mContext->setProfileEndpoint(port, endpoint);
+    if (mChanged) {
+        mContext->updateProfileEndpoint(port, endpoint, *mChanged);
+    } else {
+        mContext->setProfileEndpoint(port, endpoint);
+    }
     sendParameters(kDeviceOutDefault);
 }
 
@@ -100,7 +119,11 @@ void AupController::onSelectedProfileIeqChanged(SxContext&, Port port, IeqPreset
 }
 
 void AupController::onSelectedProfileGeqChanged(SxContext&, GeqPreset& preset) {
-    mContext->setGeqPreset(preset);
+    if (mChanged) {
+        mContext->updateGeqPreset(preset, *mChanged);
+    } else {
+        mContext->setGeqPreset(preset);
+    }
     sendParameters(kDeviceOutDefault);
 }
 

@@ -2,6 +2,8 @@
 
 #include <map>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "context/OnSxContextChange.h"
 #include "context/SxContext.h"
@@ -18,6 +20,21 @@ class AupController : public OnSxContextChange {
     // The devices controlled: the six outputs and the default device, which
     // stands for the profile-wide parameters.
     static const std::set<AndroidDevice> kControlledDevices;
+
+    // While one lives, each notification the context raises reports a change of one
+    // known Parameter (the manager knows which one a request sets), so only that
+    // Parameter of the record handed over needs merging. A null controller is ignored.
+    class ParameterChange {
+      public:
+        ParameterChange(AupController* controller, Parameter changed);
+        ~ParameterChange();
+        ParameterChange(const ParameterChange&) = delete;
+        ParameterChange& operator=(const ParameterChange&) = delete;
+
+      private:
+        AupController* mController;
+        std::optional<Parameter> mPrevious;
+    };
 
     AupController(int value, AupEffect& effect);
     ~AupController() override;
@@ -49,6 +66,10 @@ class AupController : public OnSxContextChange {
     std::map<AndroidDevice, ParameterTranslator*> mTranslators;
     AupEffect* mEffect;
     [[maybe_unused]] int mValue;
+    // The batch of every send, kept with its capacity from one send to the next.
+    std::vector<int> mBatch;
+    // Set by a ParameterChange: the one Parameter the notifications report.
+    std::optional<Parameter> mChanged;
 };
 
 }  // namespace vessa

@@ -10,6 +10,9 @@ namespace vessa {
 class OutputModeTranslator : public FixedSourceTranslator<OutputModeTranslator> {
   public:
     static const std::vector<Parameter> kSrcParams;
+    // What it writes back into its source for a mono speaker.
+    static constexpr Parameter kWrittenToSource[] = {Parameter::VIRTUALIZER_ENABLE,
+                                                     Parameter::ORIENTATION};
 
     void aupTranslate(SetParamCommand& cmd, ParameterValues& src, Endpoint endpoint,
                       bool mono) const override;

@@ -11,17 +11,18 @@ void ParameterTranslator::setSource(ParameterValues* source, Endpoint endpoint, 
 }
 
 void ParameterTranslator::onParameterChanged(Parameter p) {
-    Translator* translator = sTranslatorCollection->getTranslator(p);
-    if (translator != nullptr) mPending.insert(translator);
+    const int rank = sTranslatorCollection->getRank(p);
+    if (rank >= 0) mPending.set(static_cast<size_t>(rank));
 }
 
 void ParameterTranslator::translatePending(SetParamCommand& cmd) {
-    if (mSource != nullptr) {
-        for (Translator* translator : mPending) {
-            translator->aupTranslate(cmd, *mSource, mEndpoint, mMono);
+    if (mSource != nullptr && mPending.any()) {
+        for (size_t rank = 0; rank < mPending.size(); ++rank) {
+            if (!mPending.test(rank)) continue;
+            sTranslatorCollection->atRank(rank)->aupTranslate(cmd, *mSource, mEndpoint, mMono);
         }
     }
-    mPending.clear();
+    mPending.reset();
 }
 
 void ParameterTranslator::translateAll(SetParamCommand& cmd) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <set>
+#include <bitset>
 
 #include "effect/SetParamCommand.h"
 #include "effect/Translator.h"
@@ -34,12 +34,11 @@ class ParameterTranslator : public ParamChangeObserver {
     ParameterValues* getSource() const { return mSource; }
     Endpoint getEndpoint() const { return mEndpoint; }
     bool isMono() const { return mMono; }
-    const std::set<Translator*>& getPending() const { return mPending; }
 
   private:
-    // Ordered by address. All translators live in one block in creation order,
-    // so this is also their creation order and a batch's entry order is fixed.
-    std::set<Translator*> mPending;
+    // By rank, which is the translators' address and creation order, so a
+    // batch's entry order is fixed. A bitset, so marking allocates nothing.
+    std::bitset<TranslatorCollection::kNumTranslators> mPending;
     ParameterValues* mSource = nullptr;
     Endpoint mEndpoint = Endpoint::OTHER;
     bool mMono = false;

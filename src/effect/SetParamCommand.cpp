@@ -12,10 +12,18 @@ constexpr size_t kInitialCapacity = 1024;
 const SetParamCommand::Part* const kNoParts = nullptr;
 }  // namespace
 
-SetParamCommand::SetParamCommand(int target) {
+SetParamCommand::SetParamCommand(int target) : mBuffer(mOwnBuffer) {
     mBuffer.reserve(kInitialCapacity);
-    mBuffer.push_back(target);
-    mBuffer.push_back(0);
+    writeHeader(target);
+}
+
+SetParamCommand::SetParamCommand(int target, std::vector<int>& buffer) : mBuffer(buffer) {
+    writeHeader(target);
+}
+
+void SetParamCommand::writeHeader(int target) {
+    // assign() keeps the capacity and drops whatever the buffer held.
+    mBuffer.assign({target, 0});
 }
 
 SetParamCommand::~SetParamCommand() = default;

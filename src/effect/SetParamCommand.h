@@ -33,6 +33,12 @@ class SetParamCommand {
     };
 
     explicit SetParamCommand(int target);
+    // Writes the batch into `buffer`, which the caller owns and reuses from batch to
+    // batch: it is emptied first, keeping its capacity, so a batch allocates nothing
+    // once the buffer has grown, and nothing of an earlier batch remains in it.
+    SetParamCommand(int target, std::vector<int>& buffer);
+    SetParamCommand(const SetParamCommand&) = delete;
+    SetParamCommand& operator=(const SetParamCommand&) = delete;
     virtual int execute(AupEffect& effect);
     virtual ~SetParamCommand();
 
@@ -54,13 +60,16 @@ class SetParamCommand {
     void addParts(AupParameter p, std::initializer_list<Part> parts);
 
   private:
+    // The two header words: the target and the entry count, 0 until execute().
+    void writeHeader(int target);
     // Appends one entry: `first` (possibly empty) followed by the parts in [begin, end).
     template <typename Iterator>
     void appendEntry(AupParameter p, const Part& first, Iterator begin, Iterator end);
 
     int mDeviceId = -1;
     int mEntryCount = 0;
-    std::vector<int> mBuffer;
+    std::vector<int> mOwnBuffer;  // unused when the caller lends a buffer
+    std::vector<int>& mBuffer;
 };
 
 }  // namespace vessa

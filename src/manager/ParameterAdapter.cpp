@@ -145,6 +145,14 @@ int ParameterAdapter::getParameterLength(int id) {
     return strategy == nullptr ? 1 : strategy->getParamLength();
 }
 
+bool ParameterAdapter::findParameter(int id, Parameter* parameter) const {
+    bool pastEnd = false;
+    ParameterStrategy* strategy = lookup(id, &pastEnd);
+    if (strategy == nullptr) return false;
+    *parameter = strategy->getParameter();
+    return true;
+}
+
 // Writes past the table end are dropped without a word; only an unsupported
 // id inside the table is reported. Clients rely on that quiet refusal.
 ParameterAdapter::ParameterStrategy* ParameterAdapter::lookupForWrite(int id) const {

@@ -95,6 +95,8 @@ class ParameterAdapter {
     ParameterAdapter& operator=(const ParameterAdapter&) = delete;
 
     int getParameterLength(int id);
+    // The Parameter an id stands for; false, silently, for an id without one.
+    bool findParameter(int id, Parameter* parameter) const;
     void setParameter(int profileId, int id, std::vector<int>& values);
     std::vector<int> getParameter(int profileId, int id);
     void setProfileEndpointParameter(int profileId, Endpoint endpoint, int id,

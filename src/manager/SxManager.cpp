@@ -185,14 +185,25 @@ bool SxManager::isRequestInRange(int profileId, int paramId) {
     return profileId >= 0 && paramId >= ParameterAdapter::kFirstId && isProfileInRange(profileId);
 }
 
-bool SxManager::setParameter(int profileId, int paramId, std::vector<int> values) {
+AupController::ParameterChange SxManager::announceChange(int paramId) const {
+    Parameter parameter{};
+    bool known = mParameterAdapter->findParameter(paramId, &parameter);
+    return AupController::ParameterChange(known ? mController.get() : nullptr, parameter);
+}
+
+bool SxManager::setParameter(int profileId, int paramId, const std::vector<int>& values) {
     validate();
     if (!isRequestInRange(profileId, paramId) || values.empty()) return false;
-    mParameterAdapter->setParameter(profileId, paramId, values);
+    mValues.assign(values.begin(), values.end());
+    {
+        AupController::ParameterChange change = announceChange(paramId);
+        mParameterAdapter->setParameter(profileId, paramId, mValues);
+    }
     // Writing the bass enhancer switch also sets the virtual bass switch; the
     // reverse does not hold.
     if (paramId == SettingsTable::kBassEnhancer) {
-        mParameterAdapter->setParameter(profileId, SettingsTable::kVirtualBass, values);
+        AupController::ParameterChange change = announceChange(SettingsTable::kVirtualBass);
+        mParameterAdapter->setParameter(profileId, SettingsTable::kVirtualBass, mValues);
     }
     return true;
 }
@@ -226,14 +237,19 @@ std::vector<int> SxManager::getProfilePortParameter(int profileId, int port, int
 }
 
 bool SxManager::setProfilePortParameter(int profileId, int port, int paramId,
-                                        std::vector<int> values) {
+                                        const std::vector<int>& values) {
     validate();
     Endpoint endpoint;
     if (!endpointForPort(port, &endpoint) || !isRequestInRange(profileId, paramId)) return false;
-    mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, values);
+    mValues.assign(values.begin(), values.end());
+    {
+        AupController::ParameterChange change = announceChange(paramId);
+        mParameterAdapter->setProfileEndpointParameter(profileId, endpoint, paramId, mValues);
+    }
     if (paramId == SettingsTable::kBassEnhancer) {
+        AupController::ParameterChange change = announceChange(SettingsTable::kVirtualBass);
         mParameterAdapter->setProfileEndpointParameter(profileId, endpoint,
-                                                       SettingsTable::kVirtualBass, values);
+                                                       SettingsTable::kVirtualBass, mValues);
     }
     return true;
 }

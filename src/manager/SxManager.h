@@ -49,11 +49,12 @@ class SxManager {
     bool isProfileModified(int id);
     std::string getSxVersion();
 
-    bool setParameter(int profileId, int paramId, std::vector<int> values);
+    bool setParameter(int profileId, int paramId, const std::vector<int>& values);
     std::vector<int> getParameter(int profileId, int paramId);
     int getParamLength(int paramId);
     std::vector<int> getProfilePortParameter(int profileId, int port, int paramId);
-    bool setProfilePortParameter(int profileId, int port, int paramId, std::vector<int> values);
+    bool setProfilePortParameter(int profileId, int port, int paramId,
+                                 const std::vector<int>& values);
 
     int getAvailableTuningDevicesLen(Port port);
     std::vector<std::string> getAvailableTuningDevices(Port port);
@@ -90,6 +91,8 @@ class SxManager {
     // The endpoint a port's output is tuned as; false (and logged) for a bad port.
     bool endpointForPort(int port, Endpoint* endpoint);
     void checkSessionId(int sessionId);
+    // Tells the controller, for the scope of the result, which Parameter the id sets.
+    AupController::ParameterChange announceChange(int paramId) const;
     int firstTuningValue(Port port, Parameter parameter);
 
     std::unique_ptr<AupController> mController;
@@ -98,6 +101,8 @@ class SxManager {
     std::unique_ptr<AupEffect> mEffect;
     bool mSuspended = false;
     int mSessionId = 0;
+    // The request's values, which the adapter clamps in place; kept with its room.
+    std::vector<int> mValues;
 };
 
 }  // namespace vessa

@@ -9,6 +9,7 @@
 #include <utils/Thread.h>
 #include <utils/Timers.h>
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 
@@ -115,7 +116,7 @@ status_t ALooper::start() {
 status_t ALooper::stop() {
     // Both are released after the lock, on the caller's thread.
     sp<LooperThread> thread;
-    std::multimap<int64_t, sp<AMessage>> discarded;
+    std::vector<Event> discarded;
     {
         Mutex::Autolock lock(mLock);
         if (mThread == nullptr) return INVALID_OPERATION;
@@ -137,11 +138,15 @@ status_t ALooper::post(const sp<AMessage>& msg, int64_t delayUs) {
               msg->what());
         return -ENOENT;
     }
-    int64_t whenUs = dueTimeUs(delayUs);
-    bool newHead = mEventQueue.empty() || whenUs < mEventQueue.begin()->first;
-    mEventQueue.emplace(whenUs, msg);
-    if (newHead) mQueueChanged.signal();
+    const uint64_t seq = mNextSeq++;
+    mEventQueue.push_back(Event{dueTimeUs(delayUs), seq, msg});
+    std::push_heap(mEventQueue.begin(), mEventQueue.end(), isLater);
+    if (mEventQueue.front().seq == seq) mQueueChanged.signal();
     return OK;
+}
+
+bool ALooper::isLater(const Event& a, const Event& b) {
+    return a.whenUs != b.whenUs ? a.whenUs > b.whenUs : a.seq > b.seq;
 }
 
 int64_t ALooper::GetNowUs() {
@@ -160,13 +165,13 @@ bool ALooper::loop(const LooperThread* self) {
                 mQueueChanged.wait(mLock);
                 continue;
             }
-            int64_t waitUs = mEventQueue.begin()->first - GetNowUs();
+            int64_t waitUs = mEventQueue.front().whenUs - GetNowUs();
             if (waitUs <= 0) break;
             mQueueChanged.waitRelative(mLock, toNs(waitUs));
         }
-        auto head = mEventQueue.begin();
-        msg = head->second;
-        mEventQueue.erase(head);
+        std::pop_heap(mEventQueue.begin(), mEventQueue.end(), isLater);
+        msg = std::move(mEventQueue.back().msg);
+        mEventQueue.pop_back();
         ssize_t index = mHandlers.indexOfKey(msg->target());
         if (index >= 0) handler = mHandlers.valueAt(index).promote();
     }

@@ -7,8 +7,8 @@
 #include <utils/Mutex.h>
 #include <utils/RefBase.h>
 
-#include <map>
 #include <string>
+#include <vector>
 
 namespace android {
 
@@ -60,6 +60,14 @@ class ALooper : public RefBase {
   private:
     class LooperThread;
 
+    struct Event {
+        int64_t whenUs;
+        uint64_t seq;  // posting order, to keep equal due times first in, first out
+        sp<AMessage> msg;
+    };
+    // True when `a` is due after `b`: the heap's order, earliest at the front.
+    static bool isLater(const Event& a, const Event& b);
+
     // One step of the thread: waits for the next due message and delivers it. False
     // once `self` is no longer the looper's thread.
     bool loop(const LooperThread* self);
@@ -68,8 +76,10 @@ class ALooper : public RefBase {
     Condition mQueueChanged;
     std::string mName;
     KeyedVector<handler_id, wp<AHandler>> mHandlers;
-    // Due time in microseconds -> message; equal keys keep insertion order.
-    std::multimap<int64_t, sp<AMessage>> mEventQueue;
+    // A heap on (due time, posting order) in a vector that keeps its capacity, so a
+    // post in the steady state allocates nothing.
+    std::vector<Event> mEventQueue;
+    uint64_t mNextSeq = 0;
     sp<LooperThread> mThread;
 };
 

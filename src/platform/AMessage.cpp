@@ -48,6 +48,10 @@ bool AMessage::findBuffer(const char* name, sp<ABuffer>* buffer) const {
     return true;
 }
 
+void AMessage::clear() {
+    mItems.clear();
+}
+
 status_t AMessage::post(int64_t delayUs) {
     sp<ALooper> looper = mLooper.promote();
     if (looper == nullptr) {

@@ -37,6 +37,9 @@ class AMessage : public RefBase {
     // False, output untouched, when the name is missing or holds another type.
     bool findInt32(const char* name, int32_t* value) const;
     bool findBuffer(const char* name, sp<ABuffer>* buffer) const;
+    // Removes every value; the what and the target stay. The room the values took is
+    // kept, so a message refilled with the same names allocates nothing.
+    void clear();
 
     // Queues the message on the target's looper, due after delayUs. -ENOENT when the
     // looper is gone or the handler is not registered with it.

@@ -22,6 +22,11 @@ void appendWord(PqsProtocol::Bytes* bytes, int32_t word) {
     bytes->insert(bytes->end(), raw, raw + kWord);
 }
 
+// Every whole word from word `first` on.
+void appendWords(const ClientBuffer& in, size_t first, std::vector<int32_t>* out) {
+    for (size_t i = first; (i + 1) * kWord <= in.size(); ++i) out->push_back(in.word(i));
+}
+
 bool printable(const PqsProtocol::Bytes& bytes) {
     for (uint8_t b : bytes) {
         if (!std::isprint(b)) return false;
@@ -72,32 +77,40 @@ PqsProtocol::Bytes PqsProtocol::resetProfile(int32_t profile) {
 }
 
 PqsProtocol::Blob PqsProtocol::readBlob(const void* data, size_t length) {
-    ClientBuffer in(data, length);
     Blob blob;
+    readBlob(data, length, &blob);
+    return blob;
+}
+
+void PqsProtocol::readBlob(const void* data, size_t length, Blob* blob) {
+    ClientBuffer in(data, length);
+    std::vector<int32_t> values = std::move(blob->values);
+    values.clear();
+    *blob = Blob();
+    blob->values = std::move(values);
     uint32_t first = static_cast<uint32_t>(in.word(0));
-    if ((first & 0x00ffffffu) != 0) return blob;
-    blob.command = static_cast<int32_t>(first >> 24);
-    blob.answer = in.word(1);
-    switch (blob.command) {
+    if ((first & 0x00ffffffu) != 0) return;
+    blob->command = static_cast<int32_t>(first >> 24);
+    blob->answer = in.word(1);
+    switch (blob->command) {
         case kOnOff:
-            blob.values = {in.word(2)};
+            blob->values.push_back(in.word(2));
             break;
         case kSetParameter:
-            blob.profile = in.word(2);
-            blob.id = in.word(3);
-            blob.values = words(data, in.size(), 4);
+            blob->profile = in.word(2);
+            blob->id = in.word(3);
+            appendWords(in, 4, &blob->values);
             break;
         case kSetPortParameter:
-            blob.profile = in.word(2);
-            blob.port = in.word(3);
-            blob.id = in.word(4);
-            blob.values = words(data, in.size(), 5);
+            blob->profile = in.word(2);
+            blob->port = in.word(3);
+            blob->id = in.word(4);
+            appendWords(in, 5, &blob->values);
             break;
         default:
-            blob.profile = in.word(2);
+            blob->profile = in.word(2);
             break;
     }
-    return blob;
 }
 
 void PqsProtocol::writeAnswer(void* data, size_t length, int32_t answer) {
@@ -210,9 +223,8 @@ int32_t PqsProtocol::word(const void* data, size_t length, size_t index) {
 }
 
 std::vector<int32_t> PqsProtocol::words(const void* data, size_t length, size_t first) {
-    ClientBuffer in(data, length);
     std::vector<int32_t> values;
-    for (size_t i = first; (i + 1) * kWord <= in.size(); ++i) values.push_back(in.word(i));
+    appendWords(ClientBuffer(data, length), first, &values);
     return values;
 }
 

@@ -60,6 +60,9 @@ class PqsProtocol {
     static Bytes selectProfile(int32_t profile);
     static Bytes resetProfile(int32_t profile);
     static Blob readBlob(const void* data, size_t length);
+    // The same into `blob`, whose value list keeps its room: a reader that keeps one
+    // Blob reads blobs of a steady size without allocating.
+    static void readBlob(const void* data, size_t length, Blob* blob);
     // Writes the applied value into the answer slot, if the blob has one.
     static void writeAnswer(void* data, size_t length, int32_t answer);
     // True when `update` is the service's echo of `blob`: the same bytes but for

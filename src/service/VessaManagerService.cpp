@@ -79,6 +79,7 @@ VessaManagerService::EventHandler::EventHandler(SerializedManager* manager,
                                                 VessaManagerService* service)
     : mLooper(new ALooper()), mManager(manager), mService(service) {
     mLooper->setName(kLooperName);
+    mSpares.reserve(kMaxSpares);
 }
 
 void VessaManagerService::EventHandler::start() {
@@ -93,17 +94,47 @@ void VessaManagerService::EventHandler::stop() {
 
 void VessaManagerService::EventHandler::sendMessage(const void* data, uint32_t length,
                                                     uint32_t what) {
-    sp<AMessage> msg = new AMessage(what, this);
-    msg->setBuffer("buffer", ABuffer::CreateAsCopy(data, length));
-    msg->post();
+    obtain(what, data, length)->post();
 }
 
 void VessaManagerService::EventHandler::sendMessage(const void* data, uint32_t length, int port,
                                                     uint32_t what) {
-    sp<AMessage> msg = new AMessage(what, this);
-    msg->setBuffer("buffer", ABuffer::CreateAsCopy(data, length));
+    sp<AMessage> msg = obtain(what, data, length);
     msg->setInt32("port", port);
     msg->post();
+}
+
+sp<AMessage> VessaManagerService::EventHandler::obtain(uint32_t what, const void* data,
+                                                       uint32_t length) {
+    Spare spare;
+    {
+        std::lock_guard<std::mutex> lock(mSparesLock);
+        if (!mSpares.empty()) {
+            spare = std::move(mSpares.back());
+            mSpares.pop_back();
+        }
+    }
+    if (spare.msg == nullptr) spare.msg = new AMessage();
+    if (spare.buffer == nullptr || spare.buffer->capacity() < length) {
+        spare.buffer = new ABuffer(length);
+    }
+    if (length > 0) memcpy(spare.buffer->base(), data, length);
+    spare.buffer->setRange(0, length);
+    spare.msg->setWhat(what);
+    spare.msg->setTarget(this);
+    spare.msg->setBuffer("buffer", spare.buffer);
+    return spare.msg;
+}
+
+void VessaManagerService::EventHandler::recycle(const sp<AMessage>& msg) {
+    Spare spare{msg, nullptr};
+    msg->findBuffer("buffer", &spare.buffer);
+    msg->clear();
+    if (spare.buffer != nullptr && spare.buffer->capacity() > kMaxSpareCapacity) {
+        spare.buffer.clear();
+    }
+    std::lock_guard<std::mutex> lock(mSparesLock);
+    if (mSpares.size() < kMaxSpares) mSpares.push_back(std::move(spare));
 }
 
 void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& msg) {
@@ -116,6 +147,8 @@ void VessaManagerService::EventHandler::onMessageReceived(const sp<AMessage>& ms
     }
     mService->doOnAupParamUpdate(payload != nullptr ? payload->data() : nullptr,
                                  payload != nullptr ? payload->size() : 0);
+    // The clients only borrowed the bytes for their calls, so both can carry the next request.
+    recycle(msg);
 }
 
 sp<ABuffer> VessaManagerService::EventHandler::apply(const sp<AMessage>& msg) {
@@ -144,7 +177,8 @@ sp<ABuffer> VessaManagerService::EventHandler::apply(const sp<AMessage>& msg) {
 }
 
 void VessaManagerService::EventHandler::parseAndSendParam(void* data, uint32_t length) {
-    PqsProtocol::Blob blob = PqsProtocol::readBlob(data, length);
+    PqsProtocol::readBlob(data, length, &mBlob);
+    const PqsProtocol::Blob& blob = mBlob;
     int32_t answer = 0;
     bool answered = true;
     // One access for the whole blob: readers never see half of a command.

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "platform/AHandler.h"
 #include "platform/ALooper.h"
 #include "platform/AMessage.h"
+#include "protocol/PqsProtocol.h"
 #include "service/DumpWriter.h"
 #include "service/IPqs.h"
 #include "service/SerializedManager.h"
@@ -57,19 +59,37 @@ class VessaManagerService : public IPqs {
         void stop();
         void sendMessage(const void* data, uint32_t length, uint32_t what);
         void sendMessage(const void* data, uint32_t length, int port, uint32_t what);
-        // Applies a parameter-set blob and writes the applied value into word 1.
+        // Applies a parameter-set blob and writes the applied value into word 1. Only
+        // on the event thread.
         void parseAndSendParam(void* blob, uint32_t length);
 
       protected:
         void onMessageReceived(const sp<AMessage>& msg) override;
 
       private:
+        // A delivered message and its buffer, kept to carry a later request: a request
+        // in the steady state allocates nothing on its way to the event thread.
+        struct Spare {
+            sp<AMessage> msg;
+            sp<ABuffer> buffer;
+        };
+        static constexpr size_t kMaxSpares = 8;
+        // A larger buffer is not kept: one big request must not pin its memory.
+        static constexpr size_t kMaxSpareCapacity = 4096;
+
         // Applies one message; the bytes the clients are then sent, or null.
         sp<ABuffer> apply(const sp<AMessage>& msg);
+        // A spare message, or a new one, addressed here and carrying a copy of the bytes.
+        sp<AMessage> obtain(uint32_t what, const void* data, uint32_t length);
+        void recycle(const sp<AMessage>& msg);
 
         sp<ALooper> mLooper;
         SerializedManager* mManager;
         VessaManagerService* mService;
+        std::mutex mSparesLock;
+        std::vector<Spare> mSpares;
+        // The blob being applied, kept with its room; only the event thread uses it.
+        vessa::PqsProtocol::Blob mBlob;
     };
 
     VessaManagerService();

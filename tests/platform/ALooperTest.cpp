@@ -159,6 +159,19 @@ TEST_F(ALooperWithAHandler, DropsMessagesForAHandlerUnregisteredBeforeTheirDeliv
                             "dropped message 0x7469636b for handler " + std::to_string(otherId)));
 }
 
+// Queued while the thread is held, so only the due times decide the order.
+TEST_F(ALooperWithAHandler, DeliversByDueTimeAndInPostOrderAmongEqualDueTimes) {
+    holdLooperThread();
+    ASSERT_EQ(OK, tick(mHandler, 1)->post(30000));
+    ASSERT_EQ(OK, tick(mHandler, 2)->post(10000));
+    for (int32_t seq = 3; seq <= 5; ++seq) ASSERT_EQ(OK, tick(mHandler, seq)->post());
+    mHeld.unlock();
+    ASSERT_TRUE(mHandler->waitFor(6));
+    std::vector<int32_t> order;
+    for (const Recorder::Delivery& delivery : mHandler->got()) order.push_back(delivery.seq);
+    EXPECT_EQ(std::vector<int32_t>({0, 3, 4, 5, 2, 1}), order);
+}
+
 TEST(AMessage, FindsAValueOnlyUnderItsNameWithTheTypeLastSet) {
     sp<AMessage> msg = new AMessage;
     msg->setBuffer("port", new ABuffer(1));
@@ -171,6 +184,10 @@ TEST(AMessage, FindsAValueOnlyUnderItsNameWithTheTypeLastSet) {
     EXPECT_EQ(nullptr, buffer);
     ASSERT_TRUE(msg->findInt32("port", &port));
     EXPECT_EQ(3, port);
+    msg->setWhat(0x7469636b);
+    msg->clear();
+    EXPECT_FALSE(msg->findInt32("port", &port));
+    EXPECT_EQ(0x7469636bu, msg->what());
 }
 
 }  // namespace
