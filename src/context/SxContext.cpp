@@ -252,8 +252,8 @@ void SxContext::setProfileParameter(int id, Parameter p, std::vector<int>& value
     mObservable->onSelectedProfileParameterChanged(*this, *profile);
 }
 
-std::vector<Port> SxContext::portsOnEndpoint(Endpoint endpoint) const {
-    std::vector<Port> ports;
+SxContext::PortList SxContext::portsOnEndpoint(Endpoint endpoint) const {
+    PortList ports;
     for (const auto& [port, tuning] : mSelectedTunings) {
         if (tuning != nullptr && tuning->getEndpoint() == endpoint) ports.push_back(port);
     }
@@ -274,7 +274,7 @@ void SxContext::setProfileParameter(int id, Endpoint endpoint, Parameter p,
         return;
     }
     if (!setParameter(*pe, p, values) || !isSelected(id)) return;
-    std::vector<Port> ports = portsOnEndpoint(endpoint);
+    const PortList ports = portsOnEndpoint(endpoint);
     lock.unlock();
     for (Port port : ports) mObservable->onSelectedProfileEndpointChanged(*this, port, *pe);
 }

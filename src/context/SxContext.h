@@ -2,6 +2,7 @@
 
 #include <utils/Mutex.h>
 
+#include <array>
 #include <map>
 #include <set>
 #include <string>
@@ -91,7 +92,16 @@ class SxContext {
     // The common write rule; true when a change was made.
     static bool setParameter(ParameterValues& values, Parameter p, std::vector<int>& v);
     void loadProfiles(int selectedId);
-    std::vector<Port> portsOnEndpoint(Endpoint endpoint) const;
+    // The ports of one endpoint, in port order, without a heap allocation: a change
+    // asks for them every time.
+    struct PortList {
+        std::array<Port, kNumPortNames> ports;
+        size_t count = 0;
+        void push_back(Port port) { ports[count++] = port; }
+        const Port* begin() const { return ports.data(); }
+        const Port* end() const { return ports.data() + count; }
+    };
+    PortList portsOnEndpoint(Endpoint endpoint) const;
     Tuning* selectedTuningLocked(Port port) const;
     std::vector<std::string> availableTuningDevicesLocked(Port port);
     std::string defaultTuningDeviceLocked(Port port);

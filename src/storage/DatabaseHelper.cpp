@@ -675,6 +675,17 @@ void DatabaseHelper::queryEveryGeqPreset(const Pick<GeqPreset>& pick) {
     });
 }
 
+void DatabaseHelper::queryEveryIeqPreset(
+        const std::function<IeqPreset*(PresetType, const char* origin)>& pick) {
+    forEachRowNewestFirst(TableType::IEQ_PRESETS, [&](const TableRow& row) {
+        PresetType type;
+        const char* origin = row.text("custom_name");
+        const char* name = row.text("preset_type");
+        if (origin == nullptr || name == nullptr || !presetTypeFromName(name, &type)) return;
+        if (IeqPreset* preset = pick(type, origin)) fillRecord(row, preset);
+    });
+}
+
 std::string DatabaseHelper::queryConfigurationValue(const std::string& key) {
     SqlStatement* stmt =
             reusable("SELECT value FROM " + DatabaseSchema::tableName(TableType::CONFIGURATION) +
@@ -810,6 +821,17 @@ std::string sameKey(const char* key, const char* left, const char* right) {
     return out;
 }
 
+// The factory rows of a profile-level table whose user row is missing.
+std::string missingCustomRowsFrom(const CopiedTable& copied) {
+    const std::string& name = DatabaseSchema::tableName(copied.type);
+    return " FROM " + name + " d WHERE d.custom_name='default' AND NOT EXISTS (SELECT 1 FROM " +
+           name + " c WHERE c.custom_name='custom' AND " + sameKey(copied.key, "c", "d") + ")";
+}
+
+std::string countMissingCustomRows(const CopiedTable& copied) {
+    return "(SELECT COUNT(*)" + missingCustomRowsFrom(copied) + ")";
+}
+
 }  // namespace
 
 DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
@@ -861,6 +883,8 @@ DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
                " c WHERE c.custom_name='custom' AND NOT EXISTS (SELECT 1 FROM " + name +
                " d WHERE d.custom_name='default' AND " + sameKey(copied.key, "d", "c") + "))";
     }
+    // And the user rows a usable file lacks, which the start restores next.
+    for (const CopiedTable& copied : kCopiedTables) sql += ", " + countMissingCustomRows(copied);
     SqlStatement rows(mDb, sql);
     if (rows.step() != SQLITE_ROW) {
         *reason = sqlite3_errmsg(mDb);
@@ -874,36 +898,35 @@ DatabaseHelper::Health DatabaseHelper::checkHealth(std::string* reason) {
         *reason = "its configuration is incomplete";
         return Health::kDamaged;
     }
-    for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
-        if (rows.text(2 + static_cast<int>(t)) != "0") {
+    const int tables = static_cast<int>(std::size(kCopiedTables));
+    for (int t = 0; t < tables; ++t) {
+        if (rows.text(2 + t) != "0") {
             *reason = "a user row of " + DatabaseSchema::tableName(kCopiedTables[t].type) +
                       " has no factory row";
             return Health::kDamaged;
         }
     }
+    for (int t = 0; t < tables; ++t) {
+        mMissingCustomRows[t] = std::atoi(rows.text(2 + tables + t).c_str());
+    }
     return Health::kUsable;
 }
 
 int DatabaseHelper::restoreMissingCustomRows() {
-    auto missingFrom = [](const CopiedTable& copied) {
-        const std::string& name = DatabaseSchema::tableName(copied.type);
-        return " FROM " + name + " d WHERE d.custom_name='default' AND NOT EXISTS (SELECT 1 FROM " +
-               name + " c WHERE c.custom_name='custom' AND " + sameKey(copied.key, "c", "d") + ")";
-    };
-    // Looked for first, every table in one statement: a database that cannot be
-    // written is still read, and a start that finds nothing missing must not fail on it.
-    std::string counting;
-    for (const CopiedTable& copied : kCopiedTables) {
-        counting += (counting.empty() ? "SELECT " : ", ") +
-                    ("(SELECT COUNT(*)" + missingFrom(copied)) + ")";
-    }
-    int counts[std::size(kCopiedTables)] = {};
-    {
+    // Looked for first, every table in one statement (the health check's, when it
+    // just ran): a database that cannot be written is still read, and a start that
+    // finds nothing missing must not fail on it.
+    std::array<int, std::size(kCopiedTables)> counts = mMissingCustomRows;
+    mMissingCustomRows.fill(-1);
+    if (counts[0] < 0) {
+        std::string counting;
+        for (const CopiedTable& copied : kCopiedTables) {
+            counting += (counting.empty() ? "SELECT " : ", ") + countMissingCustomRows(copied);
+        }
         SqlStatement stmt(mDb, counting);
-        if (stmt.step() == SQLITE_ROW) {
-            for (size_t t = 0; t < std::size(kCopiedTables); ++t) {
-                counts[t] = std::atoi(stmt.text(static_cast<int>(t)).c_str());
-            }
+        const bool read = stmt.step() == SQLITE_ROW;
+        for (size_t t = 0; t < counts.size(); ++t) {
+            counts[t] = read ? std::atoi(stmt.text(static_cast<int>(t)).c_str()) : 0;
         }
     }
     int restored = 0;
@@ -911,7 +934,7 @@ int DatabaseHelper::restoreMissingCustomRows() {
         const CopiedTable& copied = kCopiedTables[t];
         const DatabaseSchema::Table& table = DatabaseSchema::table(copied.type);
         const int count = counts[t];
-        const std::string missing = missingFrom(copied);
+        const std::string missing = missingCustomRowsFrom(copied);
         if (count == 0) continue;
         std::vector<std::string> columns = columnsOf(table);
         std::string rest;

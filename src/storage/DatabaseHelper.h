@@ -141,6 +141,7 @@ class DatabaseHelper {
     void queryEveryProfile(const Pick<Profile>& pick);
     void queryEveryEndpoint(const Pick<ProfileEndpoint>& pick);
     void queryEveryGeqPreset(const Pick<GeqPreset>& pick);
+    void queryEveryIeqPreset(const std::function<IeqPreset*(PresetType, const char* origin)>& pick);
     void queryProfileNames(std::vector<std::string>& names, const std::string& customName);
     // The texts of one column over the rows of one origin.
     void queryColumn(TableType type, const char* column, const std::string& customName,
@@ -199,6 +200,9 @@ class DatabaseHelper {
     std::string mPath;
     std::map<std::string, std::unique_ptr<SqlStatement>> mStatements;
     std::array<long long, kNumTableTypes> mRowCounts;
+    // The user rows of each profile-level table that the last health check found
+    // missing; -1 until one ran.
+    std::array<int, 3> mMissingCustomRows = {-1, -1, -1};
     bool mReadWanted = false;
     bool mReadOpen = false;
     int mTransactionDepth = 0;

@@ -117,6 +117,16 @@ void Provider::readEveryCopy() {
         copy->geqRead = true;
         return copy->geqPreset;
     });
+    // The factory IEQ presets are read once in any case (see loadIeqPreset).
+    mDatabase->queryEveryIeqPreset([this](PresetType type, const char* origin) -> IeqPreset* {
+        const int index = static_cast<int>(type);
+        if (kDefaultName != origin || index < 0 || index >= kNumPresetTypes ||
+            mIeqPresetLoaded[index]) {
+            return nullptr;
+        }
+        mIeqPresetLoaded[index] = true;
+        return mIeqPresets[index];
+    });
 }
 
 void Provider::readDefaultNames(std::set<std::string>* tunings, std::set<std::string>* devices) {
