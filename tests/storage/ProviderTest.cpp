@@ -7,6 +7,7 @@
 
 #include "StorageTestSupport.h"
 #include "platform/LogCapture.h"
+#include "storage/DatabaseHelper.h"
 #include "storage/Provider.h"
 
 namespace vessa {
@@ -111,6 +112,42 @@ TEST_F(AStoredDefaultTuning, LoadsBothCopiesAsSeparateEqualRecords) {
     }
     for (int t = 0; t < 4; ++t) EXPECT_TRUE(provider.loadIeqPreset(PresetType(t))->equals(ieq[t]));
     EXPECT_EQ(provider.loadProfile(3), nullptr);
+}
+
+// A start reads each table once: the newest row of a record wins, as a query of that
+// record alone would have it, and a key the queries would not match ("01") is passed.
+// Only the first load is served from that pass; later ones read the database again.
+TEST_F(AStoredDefaultTuning, StartsEachRecordFromItsNewestRowAndReadsItAgainOnTheNextLoad) {
+    DatabaseHelper db(Provider::kDatabaseName);
+    db.execSQL(
+            "INSERT INTO profiles (_id, custom_name, profile_id, name) "
+            "VALUES (90, 'custom', '1', 'Newer'), (91, 'custom', '01', 'Padded')");
+    db.execSQL(
+            "DELETE FROM profile_endpoints WHERE custom_name='custom' AND profile_id='0' "
+            "AND endpoint='speaker'");
+    LogCapture log;
+    Provider fresh;
+    ASSERT_EQ(fresh.init(), 0);
+    EXPECT_EQ(fresh.loadProfile(1)->getName(), "Newer");
+    EXPECT_EQ(fresh.loadDefaultProfile(1)->getName(), "P1");
+    EXPECT_FALSE(log.contains(ANDROID_LOG_ERROR, "DatabaseHelper", "Profile doesn't exist!"));
+    // The record without a row is read (and reported) by its load, the others kept.
+    for (ProfileEndpoint* e : fresh.loadProfileEndpoints(0)) {
+        if (e->getEndpoint() != Endpoint::SPEAKER)
+            EXPECT_TRUE(e->equals(endpoints[int(e->getEndpoint())]));
+    }
+    EXPECT_TRUE(log.contains(ANDROID_LOG_ERROR, "DatabaseHelper", "Endpoint doesn't exist!"));
+    db.execSQL("UPDATE profiles SET name='Later' WHERE _id=90");
+    EXPECT_EQ(fresh.loadProfile(1)->getName(), "Later");
+    // A save inside the start's read transaction ends it, commits, and reads go on.
+    fresh.beginRead();
+    EXPECT_EQ(fresh.getSelectedProfile(), 0);
+    fresh.beginTransaction();
+    fresh.setSelectedProfile(2);
+    EXPECT_TRUE(fresh.commitTransaction());
+    EXPECT_EQ(fresh.getSelectedProfile(), 2);
+    fresh.endRead();
+    EXPECT_EQ(root.sql("SELECT value FROM configuration WHERE key='Profile'"), (Strings{"2"}));
 }
 
 TEST_F(AStoredDefaultTuning, KeepsSavedChangesForTheNextProviderAndResetsInPlaceWithoutSaving) {
