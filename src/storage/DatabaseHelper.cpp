@@ -245,7 +245,10 @@ DatabaseHelper::DatabaseHelper(const std::string& fileName, bool readOnly) {
     std::error_code ec;
     if (!readOnly) std::filesystem::create_directories(directory, ec);
     if (ec) DB_LOGE("failed to create %s: %s", directory.c_str(), ec.message().c_str());
-    int flags = readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    // No mutex of SQLite's own on every call: the service never lets two threads use
+    // the database at once, so a lock per column read would only cost time.
+    int flags = (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+                SQLITE_OPEN_NOMUTEX;
     int ret = sqlite3_open_v2(mPath.c_str(), &mDb, flags, nullptr);
     if (ret != SQLITE_OK) {
         DB_LOGE("failed to open database %s, ret = %d", mPath.c_str(), ret);
