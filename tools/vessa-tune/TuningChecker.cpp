@@ -19,6 +19,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 
 #include "Suggest.h"
@@ -79,8 +80,10 @@ bool isElement(const xmlNode* n) {
 }
 
 bool isBlank(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](unsigned char c) { return std::isspace(c) != 0; });
+    // The usual blanks first: std::isspace asks the locale, for every character.
+    return std::all_of(text.begin(), text.end(), [](unsigned char c) {
+        return c == ' ' || c == '\n' || c == '\t' || c == '\r' || std::isspace(c) != 0;
+    });
 }
 
 const char* nameOf(const xmlAttr* a) {
@@ -294,6 +297,7 @@ class Walker : public TagIterator {
             attrsRead.insert(a);
             out.push_back(string2Int(std::string(valueOf(a))));
         }
+        allAttrsRead.insert(mCurrent);
     }
     // With no names (parseNodeAll), every value comes back, but the service's
     // readers use the first one only.
@@ -303,9 +307,11 @@ class Walker : public TagIterator {
         reads.push_back({mCurrent, names.empty() ? ReadKind::FIRST : ReadKind::NAMED});
         if (!names.empty()) out.resize(names.size());
         bool unmatched = false;
+        bool all = true;  // every attribute without a namespace is read by now
         for (xmlAttrPtr a = mCurrent->properties; a != nullptr; a = a->next) {
             if (names.empty()) {
                 if (a == mCurrent->properties) attrsRead.insert(a);
+                all = all && (a->ns != nullptr || attrsRead.count(a) != 0);
                 out.emplace_back(valueOf(a));
                 continue;
             }
@@ -321,7 +327,9 @@ class Walker : public TagIterator {
                 }
             }
             unmatched = unmatched || !stored;
+            all = all && (a->ns != nullptr || attrsRead.count(a) != 0);
         }
+        if (all) allAttrsRead.insert(mCurrent);
         // The names asked for matter only to suggest one for an attribute never read.
         if (unmatched) asked[mCurrent].insert(names.begin(), names.end());
     }
@@ -332,6 +340,9 @@ class Walker : public TagIterator {
     std::vector<xmlNodePtr> stays;
     std::vector<xmlNodePtr> skips;
     const NodeMarks entered{2};
+    // The element's attributes were all read (those in a namespace aside), told while
+    // they are at hand: looking again at the end of the walk costs a cache miss each.
+    const NodeMarks allAttrsRead{16};
 
   private:
     // As the service reads an attribute: by its name, so the first one so named.
@@ -519,6 +530,8 @@ class Check {
     bool misplaced(xmlNodePtr n, SetterKind kind, const std::vector<xmlNodePtr>& bands,
                    const Values& values, Record* record, size_t firstStay);
     void checkRange(xmlNodePtr n, Parameter p, int value);
+    // The setter of the element's name, or null.
+    const Setter* setterOf(const xmlNode* e);
     void replaced(Record& record, Parameter p, int value, const std::string& why);
     void unread(xmlNodePtr parent);
     void lacking(const Record& record);
@@ -534,6 +547,8 @@ class Check {
     const NodeMarks mExplained{8};                        // it has a finding of its own
     std::map<const xmlNode*, std::string> mUnreadReason;  // elements only: only they are told
     std::vector<xmlNodePtr> mBands;                       // the elements one setter read
+    // Setters by the name's address: libxml2 keeps one copy of each name per document.
+    std::unordered_map<const xmlChar*, const Setter*> mSetterOf;
     std::vector<std::unique_ptr<Record>> mRecords;
     std::map<std::string, const xmlNode*> mFirst;  // "kind key" to its first element
 
@@ -1088,13 +1103,13 @@ size_t Check::settings(xmlNodePtr container, Record& record, Section section,
         if (!isElement(e)) continue;
         if (spill && e != container) ++outside;
         const std::string_view name = nameView(e);
-        auto setter = setterTable().byName.find(name);
-        const bool known = setter != setterTable().byName.end();
+        const Setter* setter = setterOf(e);
+        const bool known = setter != nullptr;
         if (section == Section::PROFILE &&
             (name == "endpoint_type" || name == "ieq-enable" || name == "ieq-amount")) {
             other(e);
         } else if (known) {
-            apply(e, setter->second, &record, !spill);
+            apply(e, *setter, &record, !spill);
         } else if (section == Section::ENDPOINT && name == "include") {
             if (v32() && !spill) {
                 add(kWarning, e,
@@ -1125,6 +1140,15 @@ void Check::apply(xmlNodePtr n, const Setter& setter, Record* record, bool analy
         record->set(p, std::move(list));
         record->from[toInt(p)] = n;
     }
+}
+
+const Setter* Check::setterOf(const xmlNode* e) {
+    auto [cached, fresh] = mSetterOf.emplace(e->name, nullptr);
+    if (fresh) {
+        auto found = setterTable().byName.find(nameView(e));
+        if (found != setterTable().byName.end()) cached->second = &found->second;
+    }
+    return cached->second;
 }
 
 void Check::checkRange(xmlNodePtr n, Parameter p, int value) {
@@ -1367,7 +1391,8 @@ void Check::unread(xmlNodePtr parent) {
         add(kWarning, parent,
             "the text inside " + tagOf(parent) + " is not read: values go in attributes");
     }
-    if (parent->parent != nullptr && parent->parent->type != XML_DOCUMENT_NODE) {
+    if (parent->parent != nullptr && parent->parent->type != XML_DOCUMENT_NODE &&
+        mWalker.allAttrsRead.count(parent) == 0) {
         for (xmlAttrPtr a = parent->properties; a != nullptr; a = a->next) {
             if (a->ns != nullptr || mWalker.attrsRead.count(a) != 0) continue;
             const std::string name = nameOf(a);
