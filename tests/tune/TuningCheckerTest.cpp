@@ -331,6 +331,24 @@ TEST_F(ATuningChecker, ReportsWhatTheWalkSkipsDropsOrSpillsAtItsLine) {
     for (const Planted& c : cases) expectFindings(c);
 }
 
+TEST_F(ATuningChecker, ReadsValuesWrittenWithReferencesAsTheServiceDoes) {
+    // An entity of the file's own stays a node of its own inside the value; a
+    // character reference becomes text. Both read as the service's xmlGetProp does.
+    std::string text = readFile(sourcePath(kDefault));
+    const auto plant = [&text](const std::string& from, const std::string& to) {
+        text.replace(text.find(from), from.size(), to);
+    };
+    plant("<vessa_tuning>", "<!DOCTYPE vessa_tuning [<!ENTITY six \"6\">]><vessa_tuning>");
+    plant("<dialog-enhancer-amount value=\"6\"/>", "<dialog-enhancer-amount value=\"&six;\"/>");
+    plant("<peak-value value=\"64\"/>", "<peak-value value=\"&six;&#52;x\"/>");
+    std::vector<int> schemaLines;
+    EXPECT_EQ((std::vector<std::string>{std::to_string(lineOf(text, "&#52;x")) +
+                                        ": warning: <peak-value> value '64x' is not a plain "
+                                        "number: read as 64"}),
+              check(dir.write("references.xml", text), "", &schemaLines));
+    EXPECT_EQ(std::vector<int>{lineOf(text, "&#52;x")}, schemaLines);
+}
+
 TEST_F(ATuningChecker, ReportsAFileTheServiceCannotRead) {
     const std::string path = dir.write("broken.xml", "<vessa_tuning>\n<tuning>\n</vessa_tuning>\n");
     EXPECT_EQ((std::vector<std::string>{
