@@ -176,12 +176,14 @@ void startAgainstFloor(benchmark::State& state, bool cold) {
         if (cold) root.touch();
         Clock::time_point begin = Clock::now();
         startOnce();
+        vessa::bench::settleFreedMemory();
         Clock::time_point started = Clock::now();
         if (cold) {
             parseAndInsert(root.file(), tables, scratch);
         } else {
             benchmark::DoNotOptimize(readAllRows(root.database()));
         }
+        vessa::bench::settleFreedMemory();
         Clock::time_point floored = Clock::now();
         start += seconds(begin, started);
         floor += seconds(started, floored);

@@ -5,7 +5,6 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <string>
 
 #include "BenchSupport.h"
@@ -17,14 +16,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 const std::string& kDefaultFile = vessa::bench::sampleDefaultFile();
-
-// glibc leaves freed small blocks in a pile that the next large allocation tidies
-// up. Without this, the check's first allocation would pay for the parser's frees
-// (and the next parse for the check's): each side pays for its own, in its time.
-void settleFreedMemory() {
-    void* volatile block = malloc(4096);
-    free(block);
-}
 
 void checkAgainstParser(benchmark::State& state, const std::string& path) {
     vessa::TuningChecker checker(VESSA_SCHEMA_SOURCE);
@@ -40,10 +31,10 @@ void checkAgainstParser(benchmark::State& state, const std::string& path) {
                 return;
             }
         }
-        settleFreedMemory();
+        vessa::bench::settleFreedMemory();
         Clock::time_point parsed = Clock::now();
         findings = checker.check(path).size();
-        settleFreedMemory();
+        vessa::bench::settleFreedMemory();
         Clock::time_point checked = Clock::now();
         parseSeconds += std::chrono::duration<double>(parsed - start).count();
         checkSeconds += std::chrono::duration<double>(checked - parsed).count();
