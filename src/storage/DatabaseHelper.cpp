@@ -648,13 +648,18 @@ void DatabaseHelper::queryColumn(TableType type, const char* column, const std::
     stmt->reset();
 }
 
-void DatabaseHelper::queryEveryProfile(const Pick<Profile>& pick) {
-    forEachRowNewestFirst(TableType::PROFILES, [&](const TableRow& row) {
+template <typename Record>
+void DatabaseHelper::queryEveryProfileRecord(TableType type, const Pick<Record>& pick) {
+    forEachRowNewestFirst(type, [&](const TableRow& row) {
         int id;
         const char* origin = row.text("custom_name");
         if (origin == nullptr || !readKey(row.text("profile_id"), &id)) return;
-        if (Profile* profile = pick(id, Endpoint::OTHER, origin)) fillRecord(row, profile);
+        if (Record* record = pick(id, Endpoint::OTHER, origin)) fillRecord(row, record);
     });
+}
+
+void DatabaseHelper::queryEveryProfile(const Pick<Profile>& pick) {
+    queryEveryProfileRecord(TableType::PROFILES, pick);
 }
 
 void DatabaseHelper::queryEveryEndpoint(const Pick<ProfileEndpoint>& pick) {
@@ -670,12 +675,7 @@ void DatabaseHelper::queryEveryEndpoint(const Pick<ProfileEndpoint>& pick) {
 }
 
 void DatabaseHelper::queryEveryGeqPreset(const Pick<GeqPreset>& pick) {
-    forEachRowNewestFirst(TableType::GEQ_PRESETS, [&](const TableRow& row) {
-        int id;
-        const char* origin = row.text("custom_name");
-        if (origin == nullptr || !readKey(row.text("profile_id"), &id)) return;
-        if (GeqPreset* preset = pick(id, Endpoint::OTHER, origin)) fillRecord(row, preset);
-    });
+    queryEveryProfileRecord(TableType::GEQ_PRESETS, pick);
 }
 
 void DatabaseHelper::queryEveryIeqPreset(
@@ -805,6 +805,7 @@ constexpr CopiedTable kCopiedTables[] = {
         {TableType::PROFILE_ENDPOINTS, "profile_id, endpoint"},
         {TableType::GEQ_PRESETS, "profile_id"},
 };
+static_assert(std::size(kCopiedTables) == DatabaseHelper::kNumCopiedTables);
 
 std::vector<std::string> columnsOf(const DatabaseSchema::Table& table) {
     std::vector<std::string> columns = table.leadingColumns;

@@ -56,6 +56,9 @@ class DatabaseHelper {
         std::vector<Row> geqPresets;
     };
 
+    // The tables whose rows come as a factory and a user copy: profiles, profile
+    // endpoints, GEQ presets.
+    static constexpr size_t kNumCopiedTables = 3;
     static constexpr const char* kDirectory = "/data/vendor/vessa/";
     // How long a statement waits for another connection's lock before it fails.
     static constexpr int kBusyTimeoutMs = 3000;
@@ -184,6 +187,9 @@ class DatabaseHelper {
                       Record* record);
     template <typename Visit>
     void forEachRowNewestFirst(TableType type, Visit visit);
+    // The pass of a table keyed by profile id and origin only.
+    template <typename Record>
+    void queryEveryProfileRecord(TableType type, const Pick<Record>& pick);
     // Rows in the table, counted once per transaction and then kept by the inserts.
     long long rowCount(TableType type);
     void runInsert(TableType type, SqlStatement& insert);
@@ -202,7 +208,7 @@ class DatabaseHelper {
     std::array<long long, kNumTableTypes> mRowCounts;
     // The user rows of each profile-level table that the last health check found
     // missing; -1 until one ran.
-    std::array<int, 3> mMissingCustomRows = {-1, -1, -1};
+    std::array<int, kNumCopiedTables> mMissingCustomRows = {-1, -1, -1};
     bool mReadWanted = false;
     bool mReadOpen = false;
     int mTransactionDepth = 0;
